@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Builds everything under AddressSanitizer + UndefinedBehaviorSanitizer, runs every
+# test, then runs each fuzz target for a bounded time.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/deps.sh --with-office
+jobs=$(nproc)
+
+cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZP_SANITIZE=ON -DZP_BENCH=OFF >/dev/null
+cmake --build build-asan -j"$jobs"
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+(cd build-asan && ctest --output-on-failure -j"$jobs")
+
+# Fuzz targets: clang + libFuzzer, a short bounded run each.
+if command -v clang++ >/dev/null; then
+  cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+        -DZP_FUZZ=ON -DZP_TESTS=OFF -DZP_BENCH=OFF >/dev/null
+  targets=$(ls fuzz/*.cpp 2>/dev/null | xargs -r -n1 basename | sed 's/\.cpp$//; s/^/--target fuzz_/' | tr '\n' ' ')
+  [[ -n "$targets" ]] && cmake --build build-fuzz -j"$jobs" $targets
+  seconds=${ZP_FUZZ_SECONDS:-30}
+  for f in build-fuzz/fuzz_*; do
+    [[ -x "$f" ]] || continue
+    name=$(basename "$f")
+    corpus="fuzz/corpus/${name#fuzz_}"
+    work=$(mktemp -d)
+    [[ -d "$corpus" ]] && cp -r "$corpus"/. "$work"/
+    echo "== $name (${seconds}s)"
+    "$f" -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=2048 "$work" 2>&1 | tail -n 3
+    rm -rf "$work"
+  done
+fi
