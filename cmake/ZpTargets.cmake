@@ -33,6 +33,16 @@ function(zp_add_library name)
   endif()
 endfunction()
 
+# Extra include folders for a layer that may still be header-only.
+function(zp_target_includes name)
+  get_target_property(type ${name} TYPE)
+  if(type STREQUAL "INTERFACE_LIBRARY")
+    target_include_directories(${name} INTERFACE ${ARGN})
+  else()
+    target_include_directories(${name} PUBLIC ${ARGN})
+  endif()
+endfunction()
+
 # Every folder below templates/ is one package (.dotx/.docx), zipped into OUT.
 function(zp_add_templates srcdir outdir)
   file(GLOB dirs LIST_DIRECTORIES true CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${srcdir}/*)
