@@ -1,0 +1,490 @@
+// Draws the pictures of the sample bracket study: shaded views of the model and its bodies,
+// stress and displacement plots with legends, material swatches and material curves.
+//
+// Build and run through scripts/make-sample-pictures.sh; it writes into the folder given as the
+// only argument (examples/bracket/pictures). The drawing is deterministic, so the pictures only
+// change when this file does.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#include <stb/stb_image_write.h>
+#include <stb/stb_easy_font.h>
+
+namespace {
+
+struct Vec {
+  double x = 0, y = 0, z = 0;
+};
+Vec operator+(Vec a, Vec b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+Vec operator-(Vec a, Vec b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+Vec operator*(Vec a, double s) { return {a.x * s, a.y * s, a.z * s}; }
+double Dot(Vec a, Vec b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+Vec Cross(Vec a, Vec b) { return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x}; }
+Vec Unit(Vec a) {
+  double l = std::sqrt(Dot(a, a));
+  return l > 0 ? a * (1.0 / l) : a;
+}
+
+struct Rgb {
+  double r = 0, g = 0, b = 0;
+};
+Rgb Mix(Rgb a, Rgb b, double t) { return {a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t}; }
+
+// The colour scale of the result plots: blue, cyan, green, yellow, red.
+Rgb Scale(double t) {
+  t = std::clamp(t, 0.0, 1.0);
+  static const Rgb stops[] = {{0.0, 0.0, 0.85}, {0.0, 0.75, 1.0}, {0.1, 0.85, 0.2}, {1.0, 0.95, 0.0}, {0.95, 0.1, 0.05}};
+  double f = t * 4;
+  int i = std::min(3, static_cast<int>(f));
+  return Mix(stops[i], stops[i + 1], f - i);
+}
+
+class Canvas {
+public:
+  Canvas(int w, int h) : m_w(w), m_h(h), m_rgb(static_cast<std::size_t>(w) * h), m_depth(static_cast<std::size_t>(w) * h, 1e30) {}
+  int W() const { return m_w; }
+  int H() const { return m_h; }
+
+  void Set(int x, int y, Rgb c) {
+    if (x >= 0 && y >= 0 && x < m_w && y < m_h) m_rgb[static_cast<std::size_t>(y) * m_w + x] = c;
+  }
+  Rgb Get(int x, int y) const { return m_rgb[static_cast<std::size_t>(y) * m_w + x]; }
+  double& Depth(int x, int y) { return m_depth[static_cast<std::size_t>(y) * m_w + x]; }
+
+  void Gradient(Rgb top, Rgb bottom) {
+    for (int y = 0; y < m_h; ++y)
+      for (int x = 0; x < m_w; ++x) Set(x, y, Mix(top, bottom, static_cast<double>(y) / m_h));
+  }
+  void Fill(double x0, double y0, double x1, double y1, Rgb c) {
+    for (int y = std::max(0, static_cast<int>(y0)); y < std::min(m_h, static_cast<int>(std::ceil(y1))); ++y)
+      for (int x = std::max(0, static_cast<int>(x0)); x < std::min(m_w, static_cast<int>(std::ceil(x1))); ++x) Set(x, y, c);
+  }
+  void Line(double x0, double y0, double x1, double y1, double width, Rgb c) {
+    double len = std::hypot(x1 - x0, y1 - y0);
+    int steps = std::max(1, static_cast<int>(len * 2));
+    for (int i = 0; i <= steps; ++i) {
+      double t = static_cast<double>(i) / steps;
+      double x = x0 + (x1 - x0) * t, y = y0 + (y1 - y0) * t;
+      Fill(x - width / 2, y - width / 2, x + width / 2, y + width / 2, c);
+    }
+  }
+  // Text in the built-in bitmap font, scale pixels per font unit.
+  void Text(double x, double y, const std::string& text, double scale, Rgb c) {
+    static char buffer[200000];
+    int quads = stb_easy_font_print(0, 0, const_cast<char*>(text.c_str()), nullptr, buffer, sizeof buffer);
+    for (int q = 0; q < quads; ++q) {
+      const float* v = reinterpret_cast<const float*>(buffer + q * 64);
+      // Four vertices of 16 bytes: x, y, z, colour.
+      double qx0 = v[0], qy0 = v[1], qx1 = v[8], qy1 = v[9];
+      Fill(x + qx0 * scale, y + qy0 * scale, x + qx1 * scale, y + qy1 * scale, c);
+    }
+  }
+  static double TextWidth(const std::string& text, double scale) {
+    return stb_easy_font_width(const_cast<char*>(text.c_str())) * scale;
+  }
+
+  // Halves the size, averaging 2 x 2 pixels: the drawing is made at twice the size.
+  Canvas Half() const {
+    Canvas out(m_w / 2, m_h / 2);
+    for (int y = 0; y < out.m_h; ++y)
+      for (int x = 0; x < out.m_w; ++x) {
+        Rgb s;
+        for (int dy = 0; dy < 2; ++dy)
+          for (int dx = 0; dx < 2; ++dx) {
+            Rgb p = Get(2 * x + dx, 2 * y + dy);
+            s.r += p.r / 4;
+            s.g += p.g / 4;
+            s.b += p.b / 4;
+          }
+        out.Set(x, y, s);
+      }
+    return out;
+  }
+
+  bool SaveJpeg(const std::string& path, int quality) const {
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(m_w) * m_h * 3);
+    for (std::size_t i = 0; i < m_rgb.size(); ++i) {
+      bytes[i * 3 + 0] = static_cast<unsigned char>(std::clamp(m_rgb[i].r, 0.0, 1.0) * 255 + 0.5);
+      bytes[i * 3 + 1] = static_cast<unsigned char>(std::clamp(m_rgb[i].g, 0.0, 1.0) * 255 + 0.5);
+      bytes[i * 3 + 2] = static_cast<unsigned char>(std::clamp(m_rgb[i].b, 0.0, 1.0) * 255 + 0.5);
+    }
+    return stbi_write_jpg(path.c_str(), m_w, m_h, 3, bytes.data(), quality) != 0;
+  }
+  bool SavePng(const std::string& path) const {
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(m_w) * m_h * 3);
+    for (std::size_t i = 0; i < m_rgb.size(); ++i) {
+      bytes[i * 3 + 0] = static_cast<unsigned char>(std::clamp(m_rgb[i].r, 0.0, 1.0) * 255 + 0.5);
+      bytes[i * 3 + 1] = static_cast<unsigned char>(std::clamp(m_rgb[i].g, 0.0, 1.0) * 255 + 0.5);
+      bytes[i * 3 + 2] = static_cast<unsigned char>(std::clamp(m_rgb[i].b, 0.0, 1.0) * 255 + 0.5);
+    }
+    return stbi_write_png(path.c_str(), m_w, m_h, 3, bytes.data(), m_w * 3) != 0;
+  }
+
+private:
+  int m_w, m_h;
+  std::vector<Rgb> m_rgb;
+  std::vector<double> m_depth;
+};
+
+// ---- the model -----------------------------------------------------------------------------
+
+struct Triangle {
+  Vec a, b, c;
+  int body;
+  int edges = 7;  // outline edges: 1 a-b, 2 b-c, 4 c-a; the diagonals of quads are not drawn
+};
+
+enum Body { BasePlate, Upright, Gusset, CapSheet, TieRod, BodyCount };
+
+void Quad(std::vector<Triangle>& out, Vec a, Vec b, Vec c, Vec d, int body) {
+  out.push_back({a, b, c, body, 1 | 2});
+  out.push_back({a, c, d, body, 2 | 4});
+}
+
+void Box(std::vector<Triangle>& out, Vec lo, Vec hi, int body) {
+  Vec p[8];
+  for (int i = 0; i < 8; ++i) p[i] = {(i & 1) ? hi.x : lo.x, (i & 2) ? hi.y : lo.y, (i & 4) ? hi.z : lo.z};
+  Quad(out, p[0], p[2], p[3], p[1], body);  // bottom
+  Quad(out, p[4], p[5], p[7], p[6], body);  // top
+  Quad(out, p[0], p[1], p[5], p[4], body);  // y = lo
+  Quad(out, p[2], p[6], p[7], p[3], body);  // y = hi
+  Quad(out, p[0], p[4], p[6], p[2], body);  // x = lo
+  Quad(out, p[1], p[3], p[7], p[5], body);  // x = hi
+}
+
+// A triangular plate between y0 and y1, corner at (x0, z0), legs along x and z.
+void Wedge(std::vector<Triangle>& out, double x0, double z0, double legX, double legZ, double y0, double y1, int body) {
+  Vec a0{x0, y0, z0}, b0{x0 + legX, y0, z0}, c0{x0, y0, z0 + legZ};
+  Vec a1{x0, y1, z0}, b1{x0 + legX, y1, z0}, c1{x0, y1, z0 + legZ};
+  out.push_back({a0, c0, b0, body});
+  out.push_back({a1, b1, c1, body});
+  Quad(out, b0, c0, c1, b1, body);
+  Quad(out, a0, b0, b1, a1, body);
+  Quad(out, a0, a1, c1, c0, body);
+}
+
+void Cylinder(std::vector<Triangle>& out, Vec from, Vec to, double radius, int body) {
+  Vec axis = Unit(to - from);
+  Vec u = Unit(Cross(axis, std::abs(axis.z) < 0.9 ? Vec{0, 0, 1} : Vec{1, 0, 0}));
+  Vec v = Cross(axis, u);
+  const int n = 24;
+  for (int i = 0; i < n; ++i) {
+    double t0 = 2 * M_PI * i / n, t1 = 2 * M_PI * (i + 1) / n;
+    Vec r0 = (u * std::cos(t0) + v * std::sin(t0)) * radius;
+    Vec r1 = (u * std::cos(t1) + v * std::sin(t1)) * radius;
+    out.push_back({from + r0, from + r1, to + r1, body, 0});
+    out.push_back({from + r0, to + r1, to + r0, body, 0});
+    out.push_back({from, from + r1, from + r0, body, 0});
+    out.push_back({to, to + r0, to + r1, body, 0});
+  }
+}
+
+std::vector<Triangle> Bracket() {
+  std::vector<Triangle> t;
+  Box(t, {0, 0, 0}, {100, 60, 8}, BasePlate);
+  Box(t, {0, 0, 8}, {8, 60, 70}, Upright);
+  Wedge(t, 8, 8, 55, 50, 26, 34, Gusset);
+  Box(t, {-14, -2, 70}, {22, 62, 71.5}, CapSheet);
+  Cylinder(t, {10, 6, 62}, {94, 6, 10}, 2.6, TieRod);
+  return t;
+}
+
+// Von Mises stress of the sample, in MPa, as a smooth field over the model: highest where the
+// upright meets the base plate and at the root of the gusset.
+double Stress(Vec p, int body) {
+  double root = std::exp(-(std::pow(p.x - 8, 2) / 700 + std::pow(p.z - 8, 2) / 600));
+  double edge = std::exp(-(std::pow(p.y - 30, 2) / 900));
+  double gusset = body == Gusset ? 0.55 * std::exp(-(std::pow(p.x - 10, 2) + std::pow(p.z - 10, 2)) / 500) : 0;
+  double rod = body == TieRod ? 0.25 : 0;
+  double far = 0.08 * std::exp(-p.x / 60);
+  return 2.0 + 168.0 * std::clamp(root * (0.55 + 0.45 * edge) + gusset + rod + far, 0.0, 1.0);
+}
+
+// Resultant displacement in mm: grows with the height of the upright and the reach of the cap.
+double Displacement(Vec p, int body) {
+  double h = std::clamp(p.z / 72.0, 0.0, 1.0);
+  double reach = std::clamp((22 - p.x) / 36.0, 0.0, 1.0);
+  return 0.142 * std::clamp(h * h * (0.7 + 0.3 * reach), 0.0, 1.0);
+}
+
+struct View {
+  double yaw = -0.72, pitch = 0.55;
+  double scale = 3.0, cx = 0, cy = 0;  // pixels per mm, screen centre
+  Vec Rotate(Vec p) const {
+    // Turn about the vertical axis, then tip towards the viewer; screen y grows downwards.
+    double x = p.x * std::cos(yaw) - p.y * std::sin(yaw);
+    double y = p.x * std::sin(yaw) + p.y * std::cos(yaw);
+    double z = p.z;
+    double sy = y * std::sin(pitch) + z * std::cos(pitch);
+    double depth = y * std::cos(pitch) - z * std::sin(pitch);
+    return {x, sy, depth};
+  }
+  Vec Project(Vec p) const {
+    Vec r = Rotate(p);
+    return {cx + r.x * scale, cy - r.y * scale, r.z};
+  }
+};
+
+// Centres the model in the canvas with a margin.
+View Fit(const std::vector<Triangle>& model, int w, int h, double margin, double yaw, double pitch) {
+  View v;
+  v.yaw = yaw;
+  v.pitch = pitch;
+  double x0 = 1e9, x1 = -1e9, y0 = 1e9, y1 = -1e9;
+  for (const Triangle& t : model)
+    for (Vec p : {t.a, t.b, t.c}) {
+      Vec r = v.Rotate(p);
+      x0 = std::min(x0, r.x);
+      x1 = std::max(x1, r.x);
+      y0 = std::min(y0, r.y);
+      y1 = std::max(y1, r.y);
+    }
+  v.scale = std::min((w - 2 * margin) / (x1 - x0), (h - 2 * margin) / (y1 - y0));
+  v.cx = w / 2.0 - (x0 + x1) / 2 * v.scale;
+  v.cy = h / 2.0 + (y0 + y1) / 2 * v.scale;
+  return v;
+}
+
+// The colour of a point of a body: base colour by body, shaded by its normal.
+using Paint = std::function<Rgb(Vec point, int body)>;
+using Shown = std::function<bool(int body)>;
+
+void Render(Canvas& c, const std::vector<Triangle>& model, const View& v, const Paint& paint,
+            const Shown& shown, bool edges) {
+  const Vec light = Unit({-0.4, -0.7, 0.9});
+  for (const Triangle& t : model) {
+    if (!shown(t.body)) continue;
+    Vec n = Unit(Cross(t.b - t.a, t.c - t.a));
+    // Two-sided lighting: the model is closed, but the wedge and cylinder caps face both ways.
+    Vec rn = v.Rotate(n) - v.Rotate({0, 0, 0});
+    if (rn.z > 0) n = n * -1;
+    double diffuse = std::max(0.0, Dot(n, light));
+    double shade = 0.38 + 0.62 * diffuse;
+    Vec s[3] = {v.Project(t.a), v.Project(t.b), v.Project(t.c)};
+    int minX = std::max(0, static_cast<int>(std::floor(std::min({s[0].x, s[1].x, s[2].x}))));
+    int maxX = std::min(c.W() - 1, static_cast<int>(std::ceil(std::max({s[0].x, s[1].x, s[2].x}))));
+    int minY = std::max(0, static_cast<int>(std::floor(std::min({s[0].y, s[1].y, s[2].y}))));
+    int maxY = std::min(c.H() - 1, static_cast<int>(std::ceil(std::max({s[0].y, s[1].y, s[2].y}))));
+    double area = (s[1].x - s[0].x) * (s[2].y - s[0].y) - (s[2].x - s[0].x) * (s[1].y - s[0].y);
+    if (std::abs(area) < 1e-9) continue;
+    for (int y = minY; y <= maxY; ++y)
+      for (int x = minX; x <= maxX; ++x) {
+        double px = x + 0.5, py = y + 0.5;
+        double w0 = ((s[1].x - px) * (s[2].y - py) - (s[2].x - px) * (s[1].y - py)) / area;
+        double w1 = ((s[2].x - px) * (s[0].y - py) - (s[0].x - px) * (s[2].y - py)) / area;
+        double w2 = 1 - w0 - w1;
+        if (w0 < 0 || w1 < 0 || w2 < 0) continue;
+        double depth = w0 * s[0].z + w1 * s[1].z + w2 * s[2].z;
+        if (depth >= c.Depth(x, y)) continue;
+        c.Depth(x, y) = depth;
+        Vec world = t.a * w0 + t.b * w1 + t.c * w2;
+        Rgb base = paint(world, t.body);
+        Rgb lit{base.r * shade, base.g * shade, base.b * shade};
+        // Specular glint for a metallic look.
+        double spec = std::pow(std::max(0.0, Dot(n, Unit(light + Vec{0, 0, 1}))), 24) * 0.25;
+        lit = {lit.r + spec, lit.g + spec, lit.b + spec};
+        // Distance in pixels to each outline edge: w of the opposite corner times the height.
+        bool edge = false;
+        if (edges) {
+          double lab = std::hypot(s[1].x - s[0].x, s[1].y - s[0].y);
+          double lbc = std::hypot(s[2].x - s[1].x, s[2].y - s[1].y);
+          double lca = std::hypot(s[0].x - s[2].x, s[0].y - s[2].y);
+          double a2 = std::abs(area);
+          edge = ((t.edges & 1) && w2 * a2 / lab < 1.1) || ((t.edges & 2) && w0 * a2 / lbc < 1.1) ||
+                 ((t.edges & 4) && w1 * a2 / lca < 1.1);
+        }
+        c.Set(x, y, edge ? Mix(lit, {0.1, 0.1, 0.12}, 0.45) : lit);
+      }
+  }
+}
+
+const Rgb kSteel{0.62, 0.66, 0.72};
+const Rgb kSheet{0.72, 0.70, 0.62};
+const Rgb kHighlight{0.95, 0.55, 0.15};
+const Rgb kGhost{0.86, 0.88, 0.90};
+const Rgb kSkyTop{1.0, 1.0, 1.0};
+const Rgb kSkyBottom{0.80, 0.86, 0.94};
+
+Rgb BodyColour(int body) { return body == CapSheet ? kSheet : kSteel; }
+
+void Legend(Canvas& c, double x, double y, double w, double h, double lo, double hi,
+            const std::string& title, const std::string& unit, double textScale, int decimals) {
+  c.Text(x, y - 24 * textScale, title, textScale, {0.05, 0.05, 0.1});
+  c.Text(x, y - 13 * textScale, unit, textScale, {0.05, 0.05, 0.1});
+  for (int i = 0; i < static_cast<int>(h); ++i) c.Fill(x, y + i, x + w, y + i + 1, Scale(1.0 - i / h));
+  c.Line(x, y, x + w, y, 2, {0.1, 0.1, 0.1});
+  c.Line(x, y + h, x + w, y + h, 2, {0.1, 0.1, 0.1});
+  const int ticks = 8;
+  for (int i = 0; i <= ticks; ++i) {
+    double value = hi - (hi - lo) * i / ticks;
+    double ty = y + h * i / ticks;
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*f", decimals, value);
+    c.Line(x + w, ty, x + w + 8, ty, 2, {0.1, 0.1, 0.1});
+    c.Text(x + w + 14, ty - 3.5 * textScale, text, textScale, {0.05, 0.05, 0.1});
+  }
+}
+
+// A view of the bracket: every body in its colour, or one highlighted over the ghosted rest.
+bool ModelView(const std::string& path, int w, int h, int highlight, bool analysed) {
+  Canvas c(2 * w, 2 * h);
+  c.Gradient(kSkyTop, kSkyBottom);
+  auto model = Bracket();
+  View v = Fit(model, c.W(), c.H(), c.W() * 0.06, -0.72, 0.55);
+  Paint paint = [&](Vec, int body) {
+    if (highlight < 0) return BodyColour(body);
+    return body == highlight ? kHighlight : kGhost;
+  };
+  // The analysed model leaves out the cap sheet, which the study excludes.
+  Shown shown = [&](int body) { return !(analysed && body == CapSheet); };
+  Render(c, model, v, paint, shown, true);
+  // Axis triad in the lower left corner.
+  View triad = v;
+  triad.scale = c.W() * 0.0009;
+  triad.cx = c.W() * 0.07;
+  triad.cy = c.H() * 0.9;
+  Vec o = triad.Project({0, 0, 0});
+  const char* names[3] = {"X", "Y", "Z"};
+  Rgb colours[3] = {{0.8, 0.1, 0.1}, {0.1, 0.6, 0.1}, {0.1, 0.2, 0.85}};
+  Vec axes[3] = {{40, 0, 0}, {0, 40, 0}, {0, 0, 40}};
+  for (int i = 0; i < 3; ++i) {
+    Vec e = triad.Project(axes[i]);
+    c.Line(o.x, o.y, e.x, e.y, 3, colours[i]);
+    c.Text(e.x + 4, e.y - 8, names[i], 2.4, colours[i]);
+  }
+  Canvas out = c.Half();
+  return out.SaveJpeg(path, 86);
+}
+
+// A result plot: the model coloured by a field, with the legend on the right.
+bool Plot(const std::string& path, int w, int h, const std::string& title, const std::string& unit,
+          double lo, double hi, int decimals, const std::function<double(Vec, int)>& field,
+          const std::string& caption) {
+  Canvas c(2 * w, 2 * h);
+  c.Gradient(kSkyTop, kSkyBottom);
+  auto model = Bracket();
+  double legendW = c.W() * 0.24;
+  View v = Fit(model, static_cast<int>(c.W() - legendW), c.H(), c.W() * 0.05, -0.72, 0.55);
+  Paint paint = [&](Vec p, int body) {
+    double t = (field(p, body) - lo) / (hi - lo);
+    // Banded contours, as result plots show them.
+    t = std::floor(t * 12) / 12 + 1.0 / 24;
+    return Scale(t);
+  };
+  Render(c, model, v, paint, [](int body) { return body != CapSheet; }, true);
+  Legend(c, c.W() - legendW + 8, c.H() * 0.2, 26, c.H() * 0.62, lo, hi, title, unit, 2.0, decimals);
+  c.Text(18, 14, caption, 2.2, {0.1, 0.1, 0.2});
+  Canvas out = c.Half();
+  return out.SaveJpeg(path, 86);
+}
+
+// A shaded sphere with the material's colour: the material's swatch.
+bool Swatch(const std::string& path, int size, Rgb colour, double shine) {
+  Canvas c(2 * size, 2 * size);
+  c.Gradient({0.97, 0.97, 0.98}, {0.85, 0.87, 0.90});
+  double r = c.W() * 0.40, cx = c.W() / 2.0, cy = c.H() / 2.0;
+  Vec light = Unit({-0.5, -0.6, 0.65});
+  for (int y = 0; y < c.H(); ++y)
+    for (int x = 0; x < c.W(); ++x) {
+      double dx = (x + 0.5 - cx) / r, dy = (y + 0.5 - cy) / r;
+      double d2 = dx * dx + dy * dy;
+      if (d2 > 1) continue;
+      Vec n{dx, dy, std::sqrt(1 - d2)};
+      double diffuse = std::max(0.0, Dot(n, light));
+      double spec = std::pow(std::max(0.0, Dot(n, Unit(light + Vec{0, 0, 1}))), 30) * shine;
+      double shade = 0.3 + 0.7 * diffuse;
+      c.Set(x, y, {colour.r * shade + spec, colour.g * shade + spec, colour.b * shade + spec});
+    }
+  Canvas out = c.Half();
+  return out.SaveJpeg(path, 88);
+}
+
+// A material curve: stress against strain, with axes, grid and labels.
+bool Curve(const std::string& path, int w, int h, const std::string& title,
+           const std::string& xLabel, const std::string& yLabel, double xMax, double yMax,
+           const std::vector<std::pair<double, double>>& points, Rgb colour) {
+  Canvas c(2 * w, 2 * h);
+  c.Gradient({1, 1, 1}, {1, 1, 1});
+  double left = c.W() * 0.16, right = c.W() * 0.95, top = c.H() * 0.14, bottom = c.H() * 0.80;
+  Rgb ink{0.15, 0.15, 0.2};
+  for (int i = 0; i <= 5; ++i) {
+    double gx = left + (right - left) * i / 5, gy = bottom - (bottom - top) * i / 5;
+    c.Line(gx, top, gx, bottom, 1.5, {0.85, 0.87, 0.9});
+    c.Line(left, gy, right, gy, 1.5, {0.85, 0.87, 0.9});
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3g", xMax * i / 5);
+    c.Text(gx - Canvas::TextWidth(text, 2.0) / 2, bottom + 10, text, 2.0, ink);
+    std::snprintf(text, sizeof text, "%.0f", yMax * i / 5);
+    c.Text(left - Canvas::TextWidth(text, 2.0) - 10, gy - 7, text, 2.0, ink);
+  }
+  c.Line(left, top, left, bottom, 3, ink);
+  c.Line(left, bottom, right, bottom, 3, ink);
+  for (std::size_t i = 1; i < points.size(); ++i) {
+    auto [x0, y0] = points[i - 1];
+    auto [x1, y1] = points[i];
+    c.Line(left + (right - left) * x0 / xMax, bottom - (bottom - top) * y0 / yMax,
+           left + (right - left) * x1 / xMax, bottom - (bottom - top) * y1 / yMax, 4, colour);
+  }
+  for (auto [x, y] : points)
+    c.Fill(left + (right - left) * x / xMax - 4, bottom - (bottom - top) * y / yMax - 4,
+           left + (right - left) * x / xMax + 4, bottom - (bottom - top) * y / yMax + 4, ink);
+  c.Text((left + right) / 2 - Canvas::TextWidth(title, 2.6) / 2, top - 34, title, 2.6, ink);
+  c.Text((left + right) / 2 - Canvas::TextWidth(xLabel, 2.2) / 2, bottom + 40, xLabel, 2.2, ink);
+  c.Text(12, top - 34, yLabel, 2.2, ink);
+  Canvas out = c.Half();
+  return out.SavePng(path);
+}
+
+// Stress against strain of a ductile metal: linear to yield, then hardening to the ultimate.
+std::vector<std::pair<double, double>> StressStrain(double modulus, double yield, double ultimate, double strainMax) {
+  std::vector<std::pair<double, double>> pts;
+  double ey = yield / modulus;
+  pts.push_back({0, 0});
+  pts.push_back({ey, yield});
+  for (int i = 1; i <= 10; ++i) {
+    double e = ey + (strainMax - ey) * i / 10;
+    double t = (e - ey) / (strainMax - ey);
+    pts.push_back({e, yield + (ultimate - yield) * (1 - std::pow(1 - t, 2.2))});
+  }
+  return pts;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: make_pictures <output folder>\n");
+    return 2;
+  }
+  std::string out = argv[1];
+  auto at = [&](const char* name) { return out + "/" + name; };
+  bool ok = true;
+  ok &= ModelView(at("model.jpg"), 480, 360, -1, false);
+  ok &= ModelView(at("model-analysed.jpg"), 480, 360, -1, true);
+  ok &= ModelView(at("body-base-plate.jpg"), 240, 180, BasePlate, false);
+  ok &= ModelView(at("body-upright.jpg"), 240, 180, Upright, false);
+  ok &= ModelView(at("body-gusset.jpg"), 240, 180, Gusset, false);
+  ok &= ModelView(at("body-cap-sheet.jpg"), 240, 180, CapSheet, false);
+  ok &= ModelView(at("body-tie-rod.jpg"), 240, 180, TieRod, false);
+  ok &= Swatch(at("material-steel.jpg"), 144, {0.55, 0.58, 0.63}, 0.45);
+  ok &= Swatch(at("material-aluminium.jpg"), 144, {0.80, 0.81, 0.83}, 0.6);
+  ok &= Curve(at("curve-steel.png"), 360, 260, "AISI 1020 - Stress-strain", "Strain (mm/mm)",
+              "Stress (MPa)", 0.25, 500, StressStrain(200000, 351.6, 420.5, 0.25), {0.8, 0.15, 0.1});
+  ok &= Curve(at("curve-aluminium.png"), 360, 260, "6061-T6 - Stress-strain", "Strain (mm/mm)",
+              "Stress (MPa)", 0.12, 350, StressStrain(69000, 275, 310, 0.12), {0.1, 0.3, 0.8});
+  ok &= Plot(at("plot-stress.jpg"), 480, 320, "von Mises", "(MPa)", 2.0, 170.0, 1, Stress,
+             "Static 1 - Stress - von Mises");
+  ok &= Plot(at("plot-displacement.jpg"), 480, 320, "URES", "(mm)", 0.0, 0.142, 3, Displacement,
+             "Static 1 - Displacement - Resultant");
+  if (!ok) {
+    std::fprintf(stderr, "make_pictures: a picture could not be written to %s\n", out.c_str());
+    return 1;
+  }
+  return 0;
+}
