@@ -287,8 +287,8 @@ void Render(Canvas& c, const std::vector<Triangle>& model, const View& v, const 
         Rgb base = paint(world, t.body);
         Rgb lit{base.r * shade, base.g * shade, base.b * shade};
         // Specular glint for a metallic look.
-        double spec = std::pow(std::max(0.0, Dot(n, Unit(light + Vec{0, 0, 1}))), 24) * 0.25;
-        lit = {lit.r + spec, lit.g + spec, lit.b + spec};
+        double glint = std::pow(std::max(0.0, Dot(n, Unit(light + Vec{0, 0, 1}))), 24) * 0.25;
+        lit = {lit.r + glint, lit.g + glint, lit.b + glint};
         // Distance in pixels to each outline edge: w of the opposite corner times the height.
         bool edge = false;
         if (edges) {
@@ -397,9 +397,9 @@ bool Swatch(const std::string& path, int size, Rgb colour, double shine) {
       if (d2 > 1) continue;
       Vec n{dx, dy, std::sqrt(1 - d2)};
       double diffuse = std::max(0.0, Dot(n, light));
-      double spec = std::pow(std::max(0.0, Dot(n, Unit(light + Vec{0, 0, 1}))), 30) * shine;
+      double glint = std::pow(std::max(0.0, Dot(n, Unit(light + Vec{0, 0, 1}))), 30) * shine;
       double shade = 0.3 + 0.7 * diffuse;
-      c.Set(x, y, {colour.r * shade + spec, colour.g * shade + spec, colour.b * shade + spec});
+      c.Set(x, y, {colour.r * shade + glint, colour.g * shade + glint, colour.b * shade + glint});
     }
   Canvas out = c.Half();
   return out.SaveJpeg(path, 88);
