@@ -1,0 +1,41 @@
+#pragma once
+// Helpers of the host tests: a scratch folder, a copy of the sample study, and list walks.
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "platform/mfc/CStringList.h"
+
+namespace hosttest {
+
+namespace fs = std::filesystem;
+
+// A fresh folder below the temporary folder, removed with the object.
+class ScratchDir {
+public:
+  ScratchDir();
+  ~ScratchDir();
+  ScratchDir(const ScratchDir&) = delete;
+  ScratchDir& operator=(const ScratchDir&) = delete;
+  const fs::path& Path() const { return m_path; }
+  fs::path operator/(const std::string& name) const { return m_path / name; }
+
+private:
+  fs::path m_path;
+};
+
+fs::path SampleFolder();              // examples/bracket
+nlohmann::json SampleJson();          // its study.json
+
+// Copies the sample's pictures into dir and writes json as dir/study.json; returns its path.
+std::string WriteStudy(const ScratchDir& dir, const nlohmann::json& json);
+
+// All files below a folder, relative, sorted.
+std::vector<std::string> Listing(const fs::path& folder);
+
+// The strings of a list, head to tail, as UTF-8.
+std::vector<std::string> Strings(const CStringList& list);
+
+}  // namespace hosttest

@@ -1,0 +1,193 @@
+// Reading study files: the sample reads whole, and each kind of fault is refused with an
+// error that names its field, without anything being written.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+
+#include "host/HostTestKit.h"
+#include "platform/host/StudyLoader.h"
+
+using namespace hosttest;
+using nlohmann::json;
+
+namespace {
+
+struct BadCase {
+  const char* what;
+  std::function<void(json&)> change;
+  const char* field;    // the field the error must name
+  const char* problem;  // a piece of the problem text
+};
+
+// Each case spoils the sample in one way.
+const BadCase kBadCases[] = {
+    {"properties not pairs", [](json& j) { j["materials"][1]["properties"] = "Yield strength"; },
+     "materials[1].properties", "expected an array of [name, value] pairs"},
+    {"a pair of three", [](json& j) { j["materials"][0]["properties"][2] = {"a", "b", "c"}; },
+     "materials[0].properties[2]", "found an array of 3"},
+    {"a number for text", [](json& j) { j["units"][0][1] = 5; }, "units[0][1]", "expected a string"},
+    {"study type out of range", [](json& j) { j["study"]["type"] = 12; }, "study.type", "from 0 to 9"},
+    {"study type as text", [](json& j) { j["study"]["type"] = "0"; }, "study.type", "whole number"},
+    {"missing study name", [](json& j) { j["study"].erase("name"); }, "study.name", "missing"},
+    {"missing model", [](json& j) { j.erase("model"); }, "model", "missing"},
+    {"empty model name", [](json& j) { j["model"]["name"] = ""; }, "model.name", "empty"},
+    {"body with three values",
+     [](json& j) { j["bodies"]["solids"]["bodies"][1]["values"].erase(3); },
+     "bodies.solids.bodies[1].values", "expected an array of 4 strings, found 3"},
+    {"misspelt top-level field", [](json& j) { j["materals"] = json::array(); }, "materals", "unknown field"},
+    {"misspelt nested field", [](json& j) { j["materials"][0]["curve"] = json::array(); },
+     "materials[0].curve", "unknown field"},
+    {"four force strings",
+     [](json& j) { j["resultantForces"]["reaction"]["forces"].erase(4); },
+     "resultantForces.reaction.forces", "5 strings"},
+    {"unknown section of an image", [](json& j) { j["images"][0]["section"] = "appendix"; },
+     "images[0].section", "unknown section"},
+    {"two images of one name", [](json& j) { j["images"][1]["name"] = j["images"][0]["name"]; },
+     "images[1].name", "earlier image"},
+    {"static set-up without its heading", [](json& j) { j["properties"].erase("setupHeading"); },
+     "properties.setupHeading", "missing"},
+    {"ply of seven strings",
+     [](json& j) {
+       j["bodies"]["composites"] = {
+           {"headings", {"a", "b"}},
+           {"plyHeadings", {"1", "2", "3", "4", "5", "6", "7", "8"}},
+           {"bodies", {{{"values", {"1", "2", "3", "4", "5", "6", "7"}},
+                        {"plies", {{"1", "2", "3", "4", "5", "6", "7", "8"}, {"1", "2", "3", "4", "5", "6", "7"}}}}}}};
+     },
+     "bodies.composites.bodies[0].plies[1]", "8 strings"},
+    {"too many composite bodies",
+     [](json& j) {
+       json body = {{"values", {"1", "2", "3", "4", "5", "6", "7"}}};
+       j["bodies"]["composites"] = {{"headings", {"a", "b"}},
+                                    {"plyHeadings", {"1", "2", "3", "4", "5", "6", "7", "8"}},
+                                    {"bodies", json(std::vector<json>(51, body))}};
+     },
+     "bodies.composites.bodies", "at most 50"},
+    {"missing picture file", [](json& j) { j["materials"][1]["curves"][0]["picture"] = "pictures/none.png"; },
+     "materials[1].curves[0].picture", "not found"},
+    {"comment on the description", [](json& j) { j["report"]["comments"]["description"] = "x"; },
+     "report.comments.description", "unknown section"},
+    {"unknown format version", [](json& j) { j["format"] = 2; }, "format", "version 2"},
+    {"top level not an object", [](json& j) { j = json::array(); }, "(top level)", "expected an object"},
+};
+
+class BadStudyTest : public testing::TestWithParam<BadCase> {};
+
+}  // namespace
+
+TEST_P(BadStudyTest, IsRefusedNamingTheFieldAndWritesNothing) {
+  const BadCase& c = GetParam();
+  ScratchDir dir;
+  json j = SampleJson();
+  c.change(j);
+  std::string path = WriteStudy(dir, j);
+  auto before = Listing(dir.Path());
+  try {
+    LoadFixtureStudy(path);
+    FAIL() << c.what << ": the study was accepted";
+  } catch (const StudyFileError& e) {
+    EXPECT_EQ(e.Field(), c.field) << e.what();
+    EXPECT_NE(e.Problem().find(c.problem), std::string::npos) << e.what();
+    // The message carries the file, the field and the problem together.
+    std::string message = e.what();
+    EXPECT_EQ(message.rfind(path, 0), 0u) << message;
+    EXPECT_NE(message.find(std::string(c.field) + ": "), std::string::npos) << message;
+  }
+  EXPECT_EQ(Listing(dir.Path()), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, BadStudyTest, testing::ValuesIn(kBadCases),
+                         [](const testing::TestParamInfo<BadCase>& info) {
+                           std::string name;
+                           for (const char* p = info.param.what; *p; ++p)
+                             name += std::isalnum(static_cast<unsigned char>(*p)) ? *p : '_';
+                           return name;
+                         });
+
+TEST(StudyLoaderTest, RefusesFilesThatAreNotStudies) {
+  ScratchDir dir;
+  // Not there.
+  try {
+    LoadFixtureStudy((dir / "none.json").string());
+    FAIL();
+  } catch (const StudyFileError& e) {
+    EXPECT_EQ(e.Field(), "");
+    EXPECT_NE(e.Problem().find("no such study file"), std::string::npos);
+  }
+  // Not JSON: the error says where.
+  std::ofstream(dir / "broken.json") << "{\n  \"model\": {\n    \"name\": \"A\",\n  }\n";
+  try {
+    LoadFixtureStudy((dir / "broken.json").string());
+    FAIL();
+  } catch (const StudyFileError& e) {
+    EXPECT_EQ(e.Field(), "");
+    EXPECT_NE(e.Problem().find("not valid JSON"), std::string::npos) << e.what();
+    EXPECT_NE(e.Problem().find("line 4"), std::string::npos) << e.what();
+  }
+}
+
+TEST(StudyLoaderTest, RefusesAPictureThatIsNotOne) {
+  ScratchDir dir;
+  json j = SampleJson();
+  std::string path = WriteStudy(dir, j);
+  std::ofstream(dir / "pictures" / "model.jpg", std::ios::trunc) << "not a picture";
+  try {
+    LoadFixtureStudy(path);
+    FAIL();
+  } catch (const StudyFileError& e) {
+    EXPECT_EQ(e.Field(), "model.picture");
+    EXPECT_NE(e.Problem().find("is not a JPEG, PNG, BMP or GIF picture"), std::string::npos);
+  }
+}
+
+TEST(StudyLoaderTest, ReadsTheSampleWithPicturesResolvedNextToTheFile) {
+  ScratchDir dir;
+  auto before = Listing(SampleFolder());
+  StudyData d = ReadStudyData((SampleFolder() / "study.json").string());
+  EXPECT_EQ(Listing(SampleFolder()), before);
+
+  EXPECT_EQ(d.modelName, u"Bracket");
+  EXPECT_EQ(d.studyName, u"Static 1");
+  EXPECT_EQ(d.studyType, 0);
+  EXPECT_EQ(d.solids.bodies.size(), 3u);
+  EXPECT_EQ(d.shells.bodies.size(), 1u);
+  EXPECT_EQ(d.beams.bodies.size(), 1u);
+  EXPECT_EQ(d.materials.size(), 2u);
+  EXPECT_TRUE(d.reactionForces.present);
+  EXPECT_TRUE(d.freeBodyForces.present);
+  // Every picture is a complete path to an existing file.
+  for (const CString* picture : {&d.modelPicture, &d.analysedPicture, &d.materials[0].picture,
+                                 &d.materials[1].curves[0].picture, &d.images[0].picture}) {
+    fs::path p(picture->ToUtf8());
+    EXPECT_TRUE(p.is_absolute()) << p;
+    EXPECT_TRUE(fs::is_regular_file(p)) << p;
+  }
+  // Remarks are ignored; section names map to kinds; caption and comment switches follow
+  // the texts unless given.
+  ASSERT_GE(d.images.size(), 4u);
+  EXPECT_EQ(d.images[1].sectionId, 14);
+  EXPECT_EQ(d.images[1].captionOn, 1);
+  EXPECT_EQ(d.images[2].commentOn, 0);
+  EXPECT_EQ(d.images[3].captionOn, 0);
+  EXPECT_EQ(d.images[3].sectionId, 5);
+  EXPECT_FALSE(d.description.IsEmpty());
+  EXPECT_EQ(d.comments.count(1), 1u);
+  EXPECT_EQ(d.comments.count(16), 1u);
+}
+
+TEST(StudyLoaderTest, LeavesOutSectionsAsEmptyAndKeepsTextAsGiven) {
+  ScratchDir dir;
+  json j = {{"model", {{"name", "Plate"}, {"picture", "pictures/model.jpg"}}},
+            {"study", {{"name", "Étude 2"}, {"type", 3}, {"typeText", "Thermal"}}},
+            {"units", json::array({json::array({"Temperature", "°C"})})}};
+  StudyData d = ReadStudyData(WriteStudy(dir, j));
+  EXPECT_EQ(d.configuration, u"Default");
+  EXPECT_EQ(d.studyName, u"Étude 2");
+  ASSERT_EQ(d.units.size(), 1u);
+  EXPECT_EQ(d.units[0].second, u"°C");
+  EXPECT_TRUE(d.materials.empty());
+  EXPECT_FALSE(d.reactionForces.present);
+  EXPECT_TRUE(d.analysedPicture.IsEmpty());
+  EXPECT_TRUE(d.loadCases.empty());
+}
