@@ -1,0 +1,99 @@
+#pragma once
+// An OPC package (zip of parts) held in memory. Parts the engine does not
+// understand are kept byte for byte; XML parts that were opened as XML are
+// written back from their tree.
+#include <pugixml.hpp>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace docx {
+
+struct PackageLimits {
+  std::uint64_t maxEntries = 10000;
+  std::uint64_t maxEntryBytes = 256ull << 20;    // one part, uncompressed
+  std::uint64_t maxTotalBytes = 1024ull << 20;   // all parts, uncompressed
+};
+
+inline constexpr const char* kRelOfficeDocument =
+    "http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument";
+inline constexpr const char* kRelImage = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/image";
+inline constexpr const char* kRelHeader = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/header";
+inline constexpr const char* kRelFooter = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/footer";
+inline constexpr const char* kRelStyles = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/styles";
+inline constexpr const char* kRelSettings = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/settings";
+inline constexpr const char* kRelAttachedTemplate =
+    "http://schemas.openxmlformats.org/officeDocument/2006/relationships/attachedTemplate";
+inline constexpr const char* kRelGlossary =
+    "http://schemas.openxmlformats.org/officeDocument/2006/relationships/glossaryDocument";
+inline constexpr const char* kRelVba = "http://schemas.microsoft.com/office/2006/relationships/vbaProject";
+inline constexpr const char* kRelPackage = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/package";
+inline constexpr const char* kRelOleObject = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/oleObject";
+
+inline constexpr const char* kCtDocumentMain =
+    "application/vnd.openxmlformats-officedocument.wordprocessingml.document.main+xml";
+inline constexpr const char* kCtTemplateMain =
+    "application/vnd.openxmlformats-officedocument.wordprocessingml.template.main+xml";
+inline constexpr const char* kCtMacroDocumentMain = "application/vnd.ms-word.document.macroEnabled.main+xml";
+inline constexpr const char* kCtMacroTemplateMain = "application/vnd.ms-word.template.macroEnabledTemplate.main+xml";
+inline constexpr const char* kCtHeader =
+    "application/vnd.openxmlformats-officedocument.wordprocessingml.header+xml";
+inline constexpr const char* kCtFooter =
+    "application/vnd.openxmlformats-officedocument.wordprocessingml.footer+xml";
+inline constexpr const char* kCtRels = "application/vnd.openxmlformats-package.relationships+xml";
+
+class Package {
+ public:
+  Package() = default;
+  Package(const Package&) = delete;
+  Package& operator=(const Package&) = delete;
+
+  // Reading throws Word::ComError (wdErrFileNotFound for a missing file,
+  // wdErrFileCorrupt for a damaged or hostile package) with a clear message.
+  void OpenFile(const std::string& path, const PackageLimits& limits = {});
+  void OpenMemory(const void* data, std::size_t size, const PackageLimits& limits = {});
+  // Writes the package aside and renames it over `path`; a failure leaves `path` as it was.
+  void SaveFile(const std::string& path);
+
+  bool Has(const std::string& part) const { return m_parts.count(part) != 0; }
+  std::vector<std::string> PartNames() const;
+  const std::string& Bytes(const std::string& part);          // serialises an XML part first
+  void PutBytes(const std::string& part, std::string bytes);  // replaces the part
+  void Remove(const std::string& part);                       // with its rels and override
+
+  // The part parsed as XML; parse errors throw ComError(wdErrFileCorrupt).
+  pugi::xml_document& Xml(const std::string& part);
+  pugi::xml_document& NewXml(const std::string& part, const std::string& contentType);
+
+  // [Content_Types].xml
+  std::string ContentType(const std::string& part);
+  void SetOverride(const std::string& part, const std::string& contentType);
+  void EnsureDefault(const std::string& ext, const std::string& contentType);
+
+  // Relationships of a part ("" for the package's own).
+  static std::string RelsName(const std::string& part);
+  pugi::xml_node RelsRoot(const std::string& part);  // created when missing
+  std::string AddRel(const std::string& part, const std::string& type, const std::string& target,
+                     bool external = false);
+  // Resolves a relationship target of `part` to a part name ("word/media/x.png").
+  static std::string ResolveTarget(const std::string& part, const std::string& target);
+  std::string TargetOfType(const std::string& part, const std::string& type);  // first of that type, resolved
+  std::string TargetOfId(const std::string& part, const std::string& id);
+
+  std::string MainPart();  // the office document part
+
+ private:
+  struct Part {
+    std::string bytes;
+    std::unique_ptr<pugi::xml_document> xml;
+  };
+  std::map<std::string, Part> m_parts;
+};
+
+// Rejects entry names that would escape the package (absolute, "..", drive letters).
+bool IsSafeEntryName(const std::string& name);
+
+}  // namespace docx

@@ -1,0 +1,479 @@
+#include "platform/docx/Story.h"
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+
+#include "platform/docx/DocModel.h"
+#include "platform/docx/Util.h"
+
+namespace docx {
+
+namespace {
+int Cnt(const Item* t) { return t ? t->count : 0; }
+std::int64_t SumLen(const Item* t) { return t ? t->sumLen : 0; }
+int SumH(const Item* t) { return t ? t->sumHeadings : 0; }
+
+void Upd(Item* t) {
+  t->count = 1 + Cnt(t->left) + Cnt(t->right);
+  t->sumLen = t->Length() + SumLen(t->left) + SumLen(t->right);
+  t->sumHeadings = (t->IsHeading() ? 1 : 0) + SumH(t->left) + SumH(t->right);
+  if (t->left) t->left->parent = t;
+  if (t->right) t->right->parent = t;
+}
+
+void Split(Item* t, int k, Item*& a, Item*& b) {
+  if (!t) {
+    a = b = nullptr;
+    return;
+  }
+  if (Cnt(t->left) < k) {
+    Split(t->right, k - Cnt(t->left) - 1, t->right, b);
+    a = t;
+  } else {
+    Split(t->left, k, a, t->left);
+    b = t;
+  }
+  Upd(t);
+}
+
+Item* Merge(Item* a, Item* b) {
+  if (!a) return b;
+  if (!b) return a;
+  if (a->prio > b->prio) {
+    a->right = Merge(a->right, b);
+    Upd(a);
+    return a;
+  }
+  b->left = Merge(a, b->left);
+  Upd(b);
+  return b;
+}
+
+bool IsW(pugi::xml_node n, const char* local) {
+  if (n.type() != pugi::node_element) return false;
+  const char* nm = n.name();
+  return nm[0] == 'w' && nm[1] == ':' && std::strcmp(nm + 2, local) == 0;
+}
+
+// Children of `n` named `local`, looking through content-control and custom XML wrappers.
+template <class F>
+void ForEachWrapped(pugi::xml_node n, const char* local, F&& f) {
+  for (auto c = n.first_child(); c; c = c.next_sibling()) {
+    if (IsW(c, local))
+      f(c);
+    else if (IsW(c, "sdt"))
+      ForEachWrapped(c.child("w:sdtContent"), local, f);
+    else if (IsW(c, "customXml"))
+      ForEachWrapped(c, local, f);
+  }
+}
+
+std::uint64_t Gram(const char16_t* s) {
+  return (static_cast<std::uint64_t>(s[0]) << 32) | (static_cast<std::uint64_t>(s[1]) << 16) | s[2];
+}
+}  // namespace
+
+bool IsBlockContainer(pugi::xml_node n) { return IsW(n, "sdt") || IsW(n, "customXml"); }
+
+pugi::xml_node CellOf(pugi::xml_node p) {
+  for (auto n = p.parent(); n; n = n.parent()) {
+    if (IsW(n, "tc")) return n;
+    if (IsW(n, "body") || IsW(n, "hdr") || IsW(n, "ftr") || IsW(n, "tbl")) break;
+  }
+  return {};
+}
+pugi::xml_node RowOf(pugi::xml_node p) {
+  if (IsW(p, "tr")) return p;
+  for (auto n = CellOf(p).parent(); n; n = n.parent())
+    if (IsW(n, "tr")) return n;
+  return {};
+}
+pugi::xml_node TableOf(pugi::xml_node p) {
+  for (auto n = RowOf(p).parent(); n; n = n.parent())
+    if (IsW(n, "tbl")) return n;
+  return {};
+}
+bool IsLastInCell(pugi::xml_node p) {
+  auto tc = CellOf(p);
+  if (!tc) return false;
+  // The last paragraph in the cell, looking through wrappers.
+  pugi::xml_node last;
+  std::function<void(pugi::xml_node)> walk = [&](pugi::xml_node n) {
+    for (auto c = n.first_child(); c; c = c.next_sibling()) {
+      if (IsW(c, "p")) last = c;
+      else if (IsW(c, "tbl")) last = pugi::xml_node();
+      else if (IsW(c, "sdt")) walk(c.child("w:sdtContent"));
+      else if (IsW(c, "customXml")) walk(c);
+    }
+  };
+  walk(tc);
+  return last == p;
+}
+
+int SegLengthOf(pugi::xml_node c) {
+  if (c.type() != pugi::node_element) return 0;
+  const char* nm = c.name();
+  if (std::strcmp(nm, "w:t") == 0 || std::strcmp(nm, "w:instrText") == 0)
+    return static_cast<int>(FromUtf8(c.text().get()).size());
+  if (std::strcmp(nm, "w:rPr") == 0 || std::strcmp(nm, "w:lastRenderedPageBreak") == 0 ||
+      std::strcmp(nm, "w:delText") == 0 || std::strcmp(nm, "w:delInstrText") == 0)
+    return 0;
+  return 1;
+}
+
+Story::Story(DocModel& doc, StoryType type, std::string part, pugi::xml_node root)
+    : m_doc(doc), m_type(type), m_part(std::move(part)), m_root(root) {
+  Rebuild();
+}
+
+Story::~Story() = default;
+
+void Story::Collect(pugi::xml_node container, std::vector<std::pair<pugi::xml_node, Item::Kind>>& out) const {
+  auto visit = [&](pugi::xml_node c) {
+    if (IsW(c, "p")) {
+      out.emplace_back(c, Item::Paragraph);
+    } else if (IsW(c, "tbl")) {
+      ForEachWrapped(c, "tr", [&](pugi::xml_node tr) {
+        ForEachWrapped(tr, "tc", [&](pugi::xml_node tc) { Collect(tc, out); });
+        out.emplace_back(tr, Item::RowEnd);
+      });
+    } else if (IsW(c, "sdt")) {
+      Collect(c.child("w:sdtContent"), out);
+    } else if (IsW(c, "customXml")) {
+      Collect(c, out);
+    }
+  };
+  if (IsW(container, "p") || IsW(container, "tbl")) {
+    visit(container);
+    return;
+  }
+  for (auto c = container.first_child(); c; c = c.next_sibling()) visit(c);
+}
+
+void Story::Rebuild() {
+  m_treap = nullptr;
+  m_items.clear();
+  m_index.clear();
+  AddBlock(m_root, nullptr);
+}
+
+int Story::Length() const { return static_cast<int>(SumLen(m_treap)); }
+int Story::ItemCount() const { return Cnt(m_treap); }
+
+Item* Story::First() const {
+  Item* t = m_treap;
+  while (t && t->left) t = t->left;
+  return t;
+}
+Item* Story::Last() const {
+  Item* t = m_treap;
+  while (t && t->right) t = t->right;
+  return t;
+}
+Item* Story::Next(const Item* it) const {
+  if (!it) return nullptr;
+  if (it->right) {
+    Item* t = it->right;
+    while (t->left) t = t->left;
+    return t;
+  }
+  const Item* x = it;
+  while (x->parent && x->parent->right == x) x = x->parent;
+  return x->parent;
+}
+Item* Story::Prev(const Item* it) const {
+  if (!it) return nullptr;
+  if (it->left) {
+    Item* t = it->left;
+    while (t->right) t = t->right;
+    return t;
+  }
+  const Item* x = it;
+  while (x->parent && x->parent->left == x) x = x->parent;
+  return x->parent;
+}
+
+int Story::RankOf(const Item* it) const {
+  int r = Cnt(it->left);
+  for (const Item* x = it; x->parent; x = x->parent)
+    if (x->parent->right == x) r += Cnt(x->parent->left) + 1;
+  return r;
+}
+
+Item* Story::AtRank(int k) const {
+  Item* t = m_treap;
+  while (t) {
+    int l = Cnt(t->left);
+    if (k < l) t = t->left;
+    else if (k == l) return t;
+    else { k -= l + 1; t = t->right; }
+  }
+  return nullptr;
+}
+
+int Story::StartOf(const Item* it) const {
+  std::int64_t s = SumLen(it->left);
+  for (const Item* x = it; x->parent; x = x->parent)
+    if (x->parent->right == x) s += SumLen(x->parent->left) + x->parent->Length();
+  return static_cast<int>(s);
+}
+
+Item* Story::ItemAt(int pos, int* offset) const {
+  Item* t = m_treap;
+  std::int64_t p = pos;
+  while (t) {
+    std::int64_t l = SumLen(t->left);
+    if (p < l) {
+      t = t->left;
+    } else if (p < l + t->Length()) {
+      if (offset) *offset = static_cast<int>(p - l);
+      return t;
+    } else {
+      p -= l + t->Length();
+      t = t->right;
+    }
+  }
+  return nullptr;
+}
+
+Item* Story::ItemOf(pugi::xml_node node) const {
+  auto it = m_items.find(node.internal_object());
+  return it == m_items.end() ? nullptr : it->second.get();
+}
+
+int Story::HeadingsBefore(int k) const {
+  const Item* t = m_treap;
+  int acc = 0;
+  while (t) {
+    int l = Cnt(t->left);
+    if (k <= l) {
+      t = t->left;
+    } else {
+      acc += SumH(t->left) + (t->IsHeading() ? 1 : 0);
+      k -= l + 1;
+      t = t->right;
+    }
+  }
+  return acc;
+}
+
+Item* Story::HeadingAt(int k) const {
+  Item* t = m_treap;
+  while (t) {
+    int hl = SumH(t->left);
+    if (k < hl) {
+      t = t->left;
+    } else if (t->IsHeading() && k == hl) {
+      return t;
+    } else {
+      k -= hl + (t->IsHeading() ? 1 : 0);
+      t = t->right;
+    }
+  }
+  return nullptr;
+}
+
+int Story::HeadingCount() const { return SumH(m_treap); }
+
+void Story::Insert(Item* it, int rank) {
+  it->left = it->right = it->parent = nullptr;
+  m_seed = m_seed * 1664525u + 1013904223u;
+  it->prio = m_seed;
+  Upd(it);
+  Item *a, *b;
+  Split(m_treap, rank, a, b);
+  m_treap = Merge(Merge(a, it), b);
+  m_treap->parent = nullptr;
+}
+
+void Story::Erase(Item* it) {
+  int rank = RankOf(it);
+  Item *a, *b, *m, *c;
+  Split(m_treap, rank, a, b);
+  Split(b, 1, m, c);
+  m_treap = Merge(a, c);
+  if (m_treap) m_treap->parent = nullptr;
+}
+
+void Story::IndexAdd(Item* it) {
+  it->grams.clear();
+  const String& f = it->folded;
+  if (f.size() >= 3) {
+    it->grams.reserve(f.size() - 2);
+    for (size_t i = 0; i + 3 <= f.size(); ++i) it->grams.push_back(Gram(&f[i]));
+    std::sort(it->grams.begin(), it->grams.end());
+    it->grams.erase(std::unique(it->grams.begin(), it->grams.end()), it->grams.end());
+  }
+  for (auto g : it->grams) m_index[g].insert(it);
+}
+
+void Story::IndexRemove(Item* it) {
+  for (auto g : it->grams) {
+    auto b = m_index.find(g);
+    if (b == m_index.end()) continue;
+    b->second.erase(it);
+    if (b->second.empty()) m_index.erase(b);
+  }
+  it->grams.clear();
+}
+
+namespace {
+void CollectRunContent(pugi::xml_node run, Item* it) {
+  for (auto c = run.first_child(); c; c = c.next_sibling()) {
+    if (c.type() != pugi::node_element) continue;
+    const char* nm = c.name();
+    auto start = static_cast<std::uint32_t>(it->text.size());
+    if (std::strcmp(nm, "w:t") == 0 || std::strcmp(nm, "w:instrText") == 0) {
+      String s = FromUtf8(c.text().get());
+      if (s.empty()) continue;
+      it->text += s;
+      it->segs.push_back({c, start, static_cast<std::uint32_t>(s.size()), Seg::Text});
+      continue;
+    }
+    char16_t ch;
+    Seg::Kind kind = Seg::Char;
+    if (std::strcmp(nm, "w:rPr") == 0 || std::strcmp(nm, "w:lastRenderedPageBreak") == 0 ||
+        std::strcmp(nm, "w:delText") == 0 || std::strcmp(nm, "w:delInstrText") == 0)
+      continue;
+    if (std::strcmp(nm, "w:tab") == 0 || std::strcmp(nm, "w:ptab") == 0) ch = u'\t';
+    else if (std::strcmp(nm, "w:br") == 0) {
+      std::string t = c.attribute("w:type").value();
+      ch = t == "page" ? kPageBreak : t == "column" ? kColumnBreak : kLineBreak;
+    } else if (std::strcmp(nm, "w:cr") == 0) ch = kLineBreak;
+    else if (std::strcmp(nm, "w:fldChar") == 0) {
+      std::string t = c.attribute("w:fldCharType").value();
+      ch = t == "begin" ? kFieldBegin : t == "separate" ? kFieldSep : kFieldEnd;
+    } else if (std::strcmp(nm, "w:noBreakHyphen") == 0) ch = 0x1E;
+    else if (std::strcmp(nm, "w:softHyphen") == 0) ch = 0x1F;
+    else if (std::strcmp(nm, "w:sym") == 0) ch = 0x28;
+    else if (std::strcmp(nm, "w:footnoteReference") == 0 || std::strcmp(nm, "w:endnoteReference") == 0 ||
+             std::strcmp(nm, "w:commentReference") == 0 || std::strcmp(nm, "w:annotationRef") == 0)
+      ch = 0x02;
+    else { ch = kObjectChar; kind = Seg::Object; }  // w:drawing, w:object, w:pict, mc:AlternateContent, ...
+    it->text.push_back(ch);
+    it->segs.push_back({c, start, 1, kind});
+  }
+}
+
+void CollectInline(pugi::xml_node n, Item* it) {
+  for (auto c = n.first_child(); c; c = c.next_sibling()) {
+    if (c.type() != pugi::node_element) continue;
+    const char* nm = c.name();
+    if (std::strcmp(nm, "w:r") == 0) CollectRunContent(c, it);
+    else if (std::strcmp(nm, "w:sdt") == 0) CollectInline(c.child("w:sdtContent"), it);
+    else if (std::strcmp(nm, "w:hyperlink") == 0 || std::strcmp(nm, "w:smartTag") == 0 ||
+             std::strcmp(nm, "w:ins") == 0 || std::strcmp(nm, "w:fldSimple") == 0 ||
+             std::strcmp(nm, "w:customXml") == 0 || std::strcmp(nm, "w:moveTo") == 0 ||
+             std::strcmp(nm, "w:dir") == 0 || std::strcmp(nm, "w:bdo") == 0)
+      CollectInline(c, it);
+  }
+}
+}  // namespace
+
+static void Fill(Item* it, DocModel& doc) {
+  it->text.clear();
+  it->segs.clear();
+  if (it->kind == Item::Paragraph) {
+    CollectInline(it->node, it);
+    it->folded = Fold(it->text);
+    it->outline = doc.OutlineLevel(it->node);
+  } else {
+    it->folded.clear();
+    it->outline = -1;
+  }
+}
+
+void Story::Refresh(Item* it) {
+  IndexRemove(it);
+  Fill(it, m_doc);
+  IndexAdd(it);
+  for (Item* x = it; x; x = x->parent) Upd(x);
+}
+
+Item* Story::AddBlock(pugi::xml_node block, Item* after) {
+  std::vector<std::pair<pugi::xml_node, Item::Kind>> nodes;
+  Collect(block, nodes);
+  int rank = after ? RankOf(after) + 1 : 0;
+  Item* last = after;
+  for (auto& [node, kind] : nodes) {
+    auto owned = std::make_unique<Item>();
+    Item* it = owned.get();
+    it->kind = kind;
+    it->node = node;
+    Fill(it, m_doc);
+    m_items[node.internal_object()] = std::move(owned);
+    Insert(it, rank++);
+    IndexAdd(it);
+    last = it;
+  }
+  return last;
+}
+
+void Story::RemoveBlock(pugi::xml_node block) {
+  std::vector<std::pair<pugi::xml_node, Item::Kind>> nodes;
+  Collect(block, nodes);
+  for (auto& [node, kind] : nodes) {
+    auto f = m_items.find(node.internal_object());
+    if (f == m_items.end()) continue;
+    Item* it = f->second.get();
+    IndexRemove(it);
+    Erase(it);
+    m_items.erase(f);
+  }
+}
+
+Item* Story::LastItemIn(pugi::xml_node block) const {
+  if (IsW(block, "p")) return ItemOf(block);
+  if (IsW(block, "tbl")) {
+    pugi::xml_node last;
+    ForEachWrapped(block, "tr", [&](pugi::xml_node tr) { last = tr; });
+    return last ? ItemOf(last) : nullptr;
+  }
+  for (auto c = block.last_child(); c; c = c.previous_sibling()) {
+    pugi::xml_node inner = IsW(c, "sdt") ? c.child("w:sdtContent") : c;
+    if (IsW(c, "p") || IsW(c, "tbl") || IsW(c, "sdt") || IsW(c, "customXml"))
+      if (Item* it = LastItemIn(inner)) return it;
+  }
+  return nullptr;
+}
+
+Item* Story::FirstItemIn(pugi::xml_node block) const {
+  if (IsW(block, "p")) return ItemOf(block);
+  if (IsW(block, "tbl")) {
+    Item* found = nullptr;
+    ForEachWrapped(block, "tr", [&](pugi::xml_node tr) {
+      if (found) return;
+      ForEachWrapped(tr, "tc", [&](pugi::xml_node tc) {
+        if (!found) found = FirstItemIn(tc);
+      });
+      if (!found) found = ItemOf(tr);
+    });
+    return found;
+  }
+  for (auto c = block.first_child(); c; c = c.next_sibling()) {
+    pugi::xml_node inner = IsW(c, "sdt") ? c.child("w:sdtContent") : c;
+    if (IsW(c, "p") || IsW(c, "tbl") || IsW(c, "sdt") || IsW(c, "customXml"))
+      if (Item* it = FirstItemIn(inner)) return it;
+  }
+  return nullptr;
+}
+
+std::vector<Item*> Story::Candidates(const String& needle, bool* all) const {
+  std::vector<Item*> out;
+  *all = false;
+  if (needle.size() < 3) {
+    *all = true;
+    return out;
+  }
+  const std::unordered_set<Item*>* best = nullptr;
+  for (size_t i = 0; i + 3 <= needle.size(); ++i) {
+    auto b = m_index.find(Gram(&needle[i]));
+    if (b == m_index.end()) return out;  // a trigram nowhere: no match at all
+    if (!best || b->second.size() < best->size()) best = &b->second;
+  }
+  out.assign(best->begin(), best->end());
+  return out;
+}
+
+}  // namespace docx

@@ -1,0 +1,44 @@
+#pragma once
+// Small helpers of the engine: UTF-8/UTF-16, case folding, paths, XML shortcuts.
+#include <pugixml.hpp>
+
+#include <string>
+#include <string_view>
+
+#include "platform/word/ComError.h"
+
+namespace docx {
+
+using String = std::u16string;
+
+std::string ToUtf8(std::u16string_view s);
+String FromUtf8(std::string_view s);
+
+// Simple case folding used by Find (Latin, Greek, Cyrillic; other scripts unchanged).
+char16_t FoldChar(char16_t c);
+String Fold(std::u16string_view s);
+
+// A path as the caller wrote it (either separator) for the file system.
+std::string NativePath(const String& path);
+std::string DirName(const std::string& path);
+std::string BaseName(const std::string& path);
+std::string ExtensionLower(const std::string& path);  // without the dot
+bool IsAbsolutePath(const std::string& path);
+
+[[noreturn]] void Fail(Word::HRESULT hr, const std::string& what);
+
+// XML helpers
+bool Is(pugi::xml_node n, const char* name);
+// Child `name` of `parent`, created at its place in the schema order `order`
+// (a null-terminated list of element names; elements not listed stay where they are).
+pugi::xml_node EnsureChildOrdered(pugi::xml_node parent, const char* name, const char* const* order);
+pugi::xml_node InsertChildOrdered(pugi::xml_node parent, const char* name, const char* const* order);
+void SetVal(pugi::xml_node n, const char* value);
+void SetText(pugi::xml_node t, const std::string& utf8);  // w:t text, with xml:space when needed
+
+extern const char* const kPPrOrder[];
+extern const char* const kRPrOrder[];
+extern const char* const kSectPrOrder[];
+extern const char* const kTcPrOrder[];
+
+}  // namespace docx

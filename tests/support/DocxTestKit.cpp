@@ -1,0 +1,338 @@
+#include "tests/support/DocxTestKit.h"
+
+#include <zip.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <pugixml.hpp>
+
+namespace docxtest {
+
+TempDir::TempDir() {
+  const char* base = std::getenv("TMPDIR");
+  std::string tmpl = std::string(base && *base ? base : "/tmp") + "/zpdocx-XXXXXX";
+  std::vector<char> buf(tmpl.begin(), tmpl.end());
+  buf.push_back('\0');
+  if (!::mkdtemp(buf.data())) throw std::runtime_error("mkdtemp failed");
+  m_path = buf.data();
+}
+
+TempDir::~TempDir() {
+  std::string cmd = "rm -rf '" + m_path + "'";
+  (void)std::system(cmd.c_str());
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+  std::ofstream out(path, std::ios::binary);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (!out) throw std::runtime_error("cannot write " + path);
+}
+
+namespace {
+const char* kNs =
+    R"(xmlns:w="http://schemas.openxmlformats.org/wordprocessingml/2006/main" )"
+    R"(xmlns:r="http://schemas.openxmlformats.org/officeDocument/2006/relationships" )"
+    R"(xmlns:wp="http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing")";
+
+std::string Escape(const std::string& s) {
+  std::string r;
+  for (char c : s) {
+    if (c == '<') r += "&lt;";
+    else if (c == '>') r += "&gt;";
+    else if (c == '&') r += "&amp;";
+    else r += c;
+  }
+  return r;
+}
+
+const char* kStyles =
+    R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
+    R"(<w:styles xmlns:w="http://schemas.openxmlformats.org/wordprocessingml/2006/main">)"
+    R"(<w:docDefaults><w:rPrDefault><w:rPr><w:sz w:val="22"/></w:rPr></w:rPrDefault></w:docDefaults>)"
+    R"(<w:style w:type="paragraph" w:default="1" w:styleId="Normal"><w:name w:val="Normal"/></w:style>)"
+    R"(<w:style w:type="paragraph" w:styleId="Heading1"><w:name w:val="heading 1"/><w:basedOn w:val="Normal"/><w:next w:val="Normal"/><w:pPr><w:outlineLvl w:val="0"/></w:pPr><w:rPr><w:b/><w:sz w:val="32"/></w:rPr></w:style>)"
+    R"(<w:style w:type="paragraph" w:styleId="Heading2"><w:name w:val="heading 2"/><w:basedOn w:val="Normal"/><w:next w:val="Normal"/><w:pPr><w:outlineLvl w:val="1"/></w:pPr></w:style>)"
+    R"(<w:style w:type="paragraph" w:styleId="MyHeading"><w:name w:val="My Heading"/><w:basedOn w:val="Heading2"/></w:style>)"
+    R"(<w:style w:type="paragraph" w:styleId="Header"><w:name w:val="header"/><w:basedOn w:val="Normal"/></w:style>)"
+    R"(<w:style w:type="paragraph" w:styleId="Footer"><w:name w:val="footer"/><w:basedOn w:val="Normal"/></w:style>)"
+    R"(<w:style w:type="table" w:default="1" w:styleId="TableNormal"><w:name w:val="Normal Table"/></w:style>)"
+    R"(</w:styles>)";
+
+void Add(zip_t* z, const std::string& name, const std::string& data) {
+  auto* copy = static_cast<char*>(std::malloc(data.size() ? data.size() : 1));
+  std::memcpy(copy, data.data(), data.size());
+  zip_source_t* s = zip_source_buffer(z, copy, data.size(), 1);
+  if (!s || zip_file_add(z, name.c_str(), s, ZIP_FL_OVERWRITE) < 0) throw std::runtime_error("zip add failed");
+}
+}  // namespace
+
+std::string P(const std::string& text, const std::string& style) {
+  std::string ppr = style.empty() ? "" : "<w:pPr><w:pStyle w:val=\"" + style + "\"/></w:pPr>";
+  if (text.empty()) return "<w:p>" + ppr + "</w:p>";
+  return "<w:p>" + ppr + "<w:r><w:t xml:space=\"preserve\">" + Escape(text) + "</w:t></w:r></w:p>";
+}
+
+std::string Runs(std::initializer_list<std::string> texts) {
+  std::string s = "<w:p>";
+  for (auto& t : texts) s += "<w:r><w:t xml:space=\"preserve\">" + Escape(t) + "</w:t></w:r>";
+  return s + "</w:p>";
+}
+
+void WriteDocx(const std::string& path, const DocxSpec& spec) {
+  std::remove(path.c_str());
+  int err = 0;
+  zip_t* z = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &err);
+  if (!z) throw std::runtime_error("cannot create " + path);
+  std::string mainCt = spec.asTemplate
+                           ? "application/vnd.openxmlformats-officedocument.wordprocessingml.template.main+xml"
+                           : "application/vnd.openxmlformats-officedocument.wordprocessingml.document.main+xml";
+  std::string types =
+      R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">)"
+      R"(<Default Extension="rels" ContentType="application/vnd.openxmlformats-package.relationships+xml"/><Default Extension="xml" ContentType="application/xml"/>)"
+      R"(<Override PartName="/word/document.xml" ContentType=")" + mainCt + R"("/>)"
+      R"(<Override PartName="/word/styles.xml" ContentType="application/vnd.openxmlformats-officedocument.wordprocessingml.styles+xml"/>)"
+      R"(<Override PartName="/word/settings.xml" ContentType="application/vnd.openxmlformats-officedocument.wordprocessingml.settings+xml"/>)";
+  std::string rels =
+      R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships">)"
+      R"(<Relationship Id="rId1" Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/styles" Target="styles.xml"/>)"
+      R"(<Relationship Id="rId2" Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/settings" Target="settings.xml"/>)";
+  std::string refs;
+  int n = 10;
+  auto hf = [&](const std::string& inner, bool header, const char* type) {
+    if (inner.empty()) return;
+    std::string name = std::string(header ? "header" : "footer") + std::to_string(n) + ".xml";
+    std::string rid = "rId" + std::to_string(n++);
+    std::string tag = header ? "w:hdr" : "w:ftr";
+    Add(z, "word/" + name, "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?><" + tag + " " + kNs + ">" + inner + "</" + tag + ">");
+    types += "<Override PartName=\"/word/" + name + "\" ContentType=\"application/vnd.openxmlformats-officedocument.wordprocessingml." +
+             (header ? "header" : "footer") + "+xml\"/>";
+    rels += "<Relationship Id=\"" + rid + "\" Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/" +
+            (header ? "header" : "footer") + "\" Target=\"" + name + "\"/>";
+    refs += std::string("<w:") + (header ? "headerReference" : "footerReference") + " w:type=\"" + type + "\" r:id=\"" + rid + "\"/>";
+  };
+  hf(spec.firstHeader, true, "first");
+  hf(spec.header, true, "default");
+  hf(spec.firstFooter, false, "first");
+  hf(spec.footer, false, "default");
+  types += "</Types>";
+  rels += "</Relationships>";
+  Add(z, "[Content_Types].xml", types);
+  Add(z, "_rels/.rels",
+      R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships">)"
+      R"(<Relationship Id="rId1" Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument" Target="word/document.xml"/></Relationships>)");
+  Add(z, "word/_rels/document.xml.rels", rels);
+  Add(z, "word/styles.xml", kStyles);
+  Add(z, "word/settings.xml",
+      R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><w:settings xmlns:w="http://schemas.openxmlformats.org/wordprocessingml/2006/main"><w:zoom w:percent="100"/><w:defaultTabStop w:val="720"/></w:settings>)");
+  std::string doc = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?><w:document " + std::string(kNs) + "><w:body>" +
+                    spec.body + "<w:sectPr>" + refs + spec.sectPrInner + spec.pageSize +
+                    R"(<w:pgMar w:top="1440" w:right="1440" w:bottom="1440" w:left="1440" w:header="720" w:footer="720" w:gutter="0"/>)" +
+                    (spec.titlePage ? "<w:titlePg/>" : "") + "</w:sectPr></w:body></w:document>";
+  Add(z, "word/document.xml", doc);
+  for (auto& [name, bytes] : spec.extraParts) Add(z, name, bytes);
+  if (zip_close(z) != 0) throw std::runtime_error("cannot write " + path);
+}
+
+std::string ReadPart(const std::string& path, const std::string& part) {
+  int err = 0;
+  zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &err);
+  if (!z) return {};
+  std::string out;
+  zip_stat_t st;
+  if (zip_stat(z, part.c_str(), 0, &st) == 0) {
+    zip_file_t* f = zip_fopen(z, part.c_str(), 0);
+    if (f) {
+      out.resize(st.size);
+      if (zip_fread(f, out.data(), st.size) != static_cast<zip_int64_t>(st.size)) out.clear();
+      zip_fclose(f);
+    }
+  }
+  zip_close(z);
+  return out;
+}
+
+bool HasPart(const std::string& path, const std::string& part) {
+  int err = 0;
+  zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &err);
+  if (!z) return false;
+  bool has = zip_name_locate(z, part.c_str(), 0) >= 0;
+  zip_close(z);
+  return has;
+}
+
+namespace {
+void TextOf(pugi::xml_node n, std::string& out) {
+  for (auto c = n.first_child(); c; c = c.next_sibling()) {
+    std::string name = c.name();
+    if (name == "w:t") out += c.text().get();
+    else if (name == "w:tab") out += "\t";
+    else if (name == "w:br") out += "\v";
+    else if (name == "w:drawing") out += "[picture]";
+    else if (name == "w:pPr" || name == "w:rPr" || name == "w:del") continue;
+    else {
+      TextOf(c, out);
+      if (name == "w:p") out += "\n";
+    }
+  }
+}
+}  // namespace
+
+std::string BodyText(const std::string& path) {
+  std::string xml = ReadPart(path, "word/document.xml");
+  pugi::xml_document doc;
+  if (!doc.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata_single)) return {};
+  std::string out;
+  TextOf(doc.document_element().child("w:body"), out);
+  return out;
+}
+
+bool HaveLibreOffice() { return std::system("command -v soffice >/dev/null 2>&1") == 0; }
+
+std::string LibreOfficeText(const std::string& path) {
+  TempDir home;
+  std::string out = home.File("out");
+  std::string cmd = "HOME='" + home.Path() + "' timeout 180 soffice --headless --norestore --convert-to txt:Text --outdir '" +
+                    out + "' '" + path + "' >'" + home.File("log") + "' 2>&1";
+  int rc = std::system(cmd.c_str());
+  std::string base = path.substr(path.find_last_of('/') + 1);
+  base = base.substr(0, base.find_last_of('.')) + ".txt";
+  std::ifstream in(out + "/" + base, std::ios::binary);
+  if (rc != 0 || !in) {
+    std::ifstream log(home.File("log"));
+    std::stringstream ss;
+    ss << log.rdbuf();
+    throw std::runtime_error("LibreOffice could not convert " + path + ": " + ss.str());
+  }
+  std::stringstream ss;
+  ss << in.rdbuf();
+  std::string s = ss.str();
+  if (s.rfind("\xEF\xBB\xBF", 0) == 0) s = s.substr(3);
+  return s;
+}
+
+// ---- pictures ----
+namespace {
+std::uint32_t Crc(const std::string& s) {
+  static std::array<std::uint32_t, 256> table = [] {
+    std::array<std::uint32_t, 256> t{};
+    for (std::uint32_t i = 0; i < 256; ++i) {
+      std::uint32_t c = i;
+      for (int k = 0; k < 8; ++k) c = c & 1 ? 0xEDB88320u ^ (c >> 1) : c >> 1;
+      t[i] = c;
+    }
+    return t;
+  }();
+  std::uint32_t c = 0xFFFFFFFFu;
+  for (unsigned char b : s) c = table[(c ^ b) & 0xFF] ^ (c >> 8);
+  return c ^ 0xFFFFFFFFu;
+}
+std::string BE(std::uint32_t v) { return {char(v >> 24), char(v >> 16), char(v >> 8), char(v)}; }
+std::string LE(std::uint32_t v) { return {char(v), char(v >> 8), char(v >> 16), char(v >> 24)}; }
+std::string LE16(std::uint16_t v) { return {char(v), char(v >> 8)}; }
+std::string Chunk(const std::string& type, const std::string& data) {
+  return BE(static_cast<std::uint32_t>(data.size())) + type + data + BE(Crc(type + data));
+}
+std::uint32_t Adler(const std::string& s) {
+  std::uint32_t a = 1, b = 0;
+  for (unsigned char c : s) { a = (a + c) % 65521; b = (b + a) % 65521; }
+  return (b << 16) | a;
+}
+}  // namespace
+
+std::string MakePng(int w, int h, int dpi) {
+  std::string raw;
+  for (int y = 0; y < h; ++y) {
+    raw.push_back(0);
+    for (int x = 0; x < w; ++x) { raw.push_back(char(x * 7)); raw.push_back(char(y * 5)); raw.push_back(char(90)); }
+  }
+  // zlib stream of stored blocks
+  std::string z = "\x78\x01";
+  for (size_t i = 0; i < raw.size() || i == 0; i += 65535) {
+    size_t n = std::min<size_t>(65535, raw.size() - i);
+    bool last = i + n >= raw.size();
+    z.push_back(last ? 1 : 0);
+    z += LE16(static_cast<std::uint16_t>(n)) + LE16(static_cast<std::uint16_t>(~n));
+    z += raw.substr(i, n);
+    if (last) break;
+  }
+  z += BE(Adler(raw));
+  std::string ihdr = BE(w) + BE(h) + std::string("\x08\x02\x00\x00\x00", 5);
+  std::string png = "\x89PNG\r\n\x1a\n" + Chunk("IHDR", ihdr);
+  if (dpi > 0) {
+    auto ppm = static_cast<std::uint32_t>(dpi / 0.0254 + 0.5);
+    png += Chunk("pHYs", BE(ppm) + BE(ppm) + std::string(1, '\x01'));
+  }
+  return png + Chunk("IDAT", z) + Chunk("IEND", "");
+}
+
+std::string MakeBmp(int w, int h, int dpi) {
+  int row = (w * 3 + 3) & ~3;
+  std::uint32_t ppm = dpi > 0 ? static_cast<std::uint32_t>(dpi / 0.0254 + 0.5) : 0;
+  std::string b = "BM" + LE(54 + row * h) + LE(0) + LE(54) + LE(40) + LE(w) + LE(h) + LE16(1) + LE16(24) + LE(0) +
+                  LE(row * h) + LE(ppm) + LE(ppm) + LE(0) + LE(0);
+  for (int y = 0; y < h; ++y) {
+    std::string r;
+    for (int x = 0; x < w; ++x) r += std::string{char(200), char(x), char(y)};
+    r.resize(row, '\0');
+    b += r;
+  }
+  return b;
+}
+
+std::string MakeGif(int w, int h) {
+  std::string g = "GIF89a" + LE16(w) + LE16(h) + std::string("\x80\x00\x00", 3) + std::string("\x00\x00\x00\xff\xff\xff", 6);
+  g += "," + LE16(0) + LE16(0) + LE16(w) + LE16(h) + std::string(1, '\0');
+  // LZW min code size 2; clear, then all-zero pixels coded one per code (no growth past 3 bits handled by clearing).
+  g += std::string(1, '\x02');
+  std::string data;
+  std::uint32_t acc = 0;
+  int bits = 0;
+  auto put = [&](int code) {
+    acc |= static_cast<std::uint32_t>(code) << bits;
+    bits += 3;
+    while (bits >= 8) { data.push_back(char(acc & 0xFF)); acc >>= 8; bits -= 8; }
+  };
+  int pixels = w * h, emitted = 0;
+  put(4);
+  while (emitted < pixels) {
+    put(0);
+    ++emitted;
+    if (emitted % 2 == 0) put(4);  // clear before the table reaches 3 bits' limit
+  }
+  put(5);
+  if (bits) data.push_back(char(acc & 0xFF));
+  for (size_t i = 0; i < data.size(); i += 255) {
+    std::string blk = data.substr(i, 255);
+    g.push_back(char(blk.size()));
+    g += blk;
+  }
+  g += std::string("\x00;", 2);
+  return g;
+}
+
+std::string MakeJpeg(int w, int h, int dpi) {
+  // A baseline JPEG header is enough for size and density; the scan holds no real data.
+  std::string j = "\xFF\xD8";
+  std::string app0 = std::string("JFIF\0", 5) + "\x01\x01" + std::string(1, dpi > 0 ? '\x01' : '\x00') +
+                     LE16(0).substr(0, 0) + std::string{char((dpi > 0 ? dpi : 1) >> 8), char((dpi > 0 ? dpi : 1) & 0xFF)} +
+                     std::string{char((dpi > 0 ? dpi : 1) >> 8), char((dpi > 0 ? dpi : 1) & 0xFF)} + std::string("\x00\x00", 2);
+  j += "\xFF\xE0" + std::string{char((app0.size() + 2) >> 8), char((app0.size() + 2) & 0xFF)} + app0;
+  std::string sof = std::string("\x08", 1) + std::string{char(h >> 8), char(h & 0xFF), char(w >> 8), char(w & 0xFF)} +
+                    std::string("\x01\x01\x11\x00", 4);
+  j += "\xFF\xC0" + std::string{char((sof.size() + 2) >> 8), char((sof.size() + 2) & 0xFF)} + sof;
+  j += "\xFF\xD9";
+  return j;
+}
+
+}  // namespace docxtest

@@ -1,0 +1,61 @@
+#pragma once
+// Test utilities for documents: build a small package from XML text, read parts
+// and text back, and convert with LibreOffice as a second reader.
+#include <map>
+#include <string>
+
+namespace docxtest {
+
+// A fresh folder below the system's temporary folder, removed with the object.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  const std::string& Path() const { return m_path; }
+  std::string File(const std::string& name) const { return m_path + "/" + name; }
+
+ private:
+  std::string m_path;
+};
+
+struct DocxSpec {
+  std::string body;                  // inner XML of w:body, without the final w:sectPr
+  std::string sectPrInner;           // extra children of the final w:sectPr (before pgSz is fine: kept as given)
+  bool titlePage = false;            // <w:titlePg/> in the final section
+  std::string firstHeader, header;   // inner XML of w:hdr (empty: none)
+  std::string firstFooter, footer;   // inner XML of w:ftr
+  bool asTemplate = false;           // .dotx content type
+  std::string pageSize = R"(<w:pgSz w:w="12240" w:h="15840"/>)";
+  std::map<std::string, std::string> extraParts;  // name -> bytes, added as they are
+};
+
+// Writes the package to `path` (styles with Heading1..3, Header, Footer, Normal).
+void WriteDocx(const std::string& path, const DocxSpec& spec);
+
+// Paragraph helpers for bodies.
+std::string P(const std::string& text, const std::string& style = {});
+std::string Runs(std::initializer_list<std::string> texts);  // one paragraph, one run per text
+
+// The bytes of one part of a package ("word/document.xml"); empty when missing.
+std::string ReadPart(const std::string& path, const std::string& part);
+bool HasPart(const std::string& path, const std::string& part);
+
+// The plain text of the main story, paragraphs separated by '\n' (UTF-8).
+std::string BodyText(const std::string& path);
+
+// True when soffice is on this machine.
+bool HaveLibreOffice();
+// Converts `path` with LibreOffice headless to plain text (UTF-8); throws on failure.
+std::string LibreOfficeText(const std::string& path);
+
+// Small pictures made in the test: PNG (with a pHYs resolution when dpi > 0),
+// BMP (with pels per metre), GIF and JPEG (with a JFIF density).
+std::string MakePng(int w, int h, int dpi = 0);
+std::string MakeBmp(int w, int h, int dpi = 0);
+std::string MakeGif(int w, int h);
+std::string MakeJpeg(int w, int h, int dpi = 0);
+void WriteFile(const std::string& path, const std::string& bytes);
+
+}  // namespace docxtest
