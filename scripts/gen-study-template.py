@@ -678,11 +678,15 @@ def cover():
     return [
         p(style="Title", before=1200, after=0),
         p(r("<Label_Simulationof/>"), r(" "), r("<Model_Name/>"), style="Title"),
-        p(r("<Study_Name/>"), style="Subtitle"),
         p(r("<Image_288pxW_MainModel/>"), jc="center", before=480, after=480),
         info,
         p(w("r", None, w("br", {"type": "page"}))),
     ]
+
+
+# Page of each section in the template as LibreOffice lays it out; only the
+# cached entries use it, the run updates the table of contents.
+TOC_PAGES = [3, 3, 3, 4, 4, 4, 5, 6, 6, 7, 7, 8, 9, 9, 10, 10]
 
 
 def toc():
@@ -703,7 +707,7 @@ def toc():
               w("r", None, w("rPr", None, w("noProof"), w("webHidden")),
                 w("instrText", {"xml:space": "preserve"}, text=f" PAGEREF {bm} \\h ")),
               w("r", None, w("rPr", None, w("noProof"), w("webHidden")), w("fldChar", {"fldCharType": "separate"})),
-              w("r", None, w("rPr", None, w("noProof"), w("webHidden")), w("t", None, text=str(3 + i))),
+              w("r", None, w("rPr", None, w("noProof"), w("webHidden")), w("t", None, text=str(TOC_PAGES[i]))),
               w("r", None, w("rPr", None, w("noProof"), w("webHidden")), w("fldChar", {"fldCharType": "end"})))))
     end = p(w("r", None, w("fldChar", {"fldCharType": "end"})))
     return w("sdt", None,
