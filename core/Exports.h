@@ -1,0 +1,32 @@
+#pragma once
+// The functions that libzpreport.so exports, as a program that loads it with dlopen() sees
+// them. Everything else of the library is reached through the virtual operations of the
+// objects these functions make.
+#include <cstdint>
+
+class zphStudy;
+class COVReportManager;
+class COVReportOptions;
+
+extern "C" {
+
+// Makes a report manager for `study` (null for a design study) and stores it in *result;
+// the caller owns it. Returns 1.
+using GetZPReportManagerObjectFn = int (*)(zphStudy* study, COVReportManager** result);
+// Loads the language table `resourceLibrary` (null or empty: the built-in English texts),
+// sets the archive version, makes the options object (which reads the formats file) and
+// stores it in *result; the caller owns it. Returns 1.
+using GetZPReportOptionsObjectFn = int (*)(const char16_t* resourceLibrary, unsigned version,
+                                           COVReportOptions** result);
+
+// What a run's progress box reports to a program that shows it itself:
+//   event 0: the box opens; step 0, text = the status line;
+//   event 1: step `step` of `totalSteps` begins, text = the step's name; a non-zero answer
+//            cancels the run, as the box's cancel button does after the user said yes;
+//   event 2: the box closes.
+enum { kZpProgressOpened = 0, kZpProgressStep = 1, kZpProgressClosed = 2 };
+using ZpRunProgressCallback = int (*)(void* context, int event, int step, int totalSteps,
+                                      const char16_t* text);
+// Installs the callback for the runs that follow (null: none). Optional for the loader.
+using ZpSetRunProgressCallbackFn = void (*)(ZpRunProgressCallback callback, void* context);
+}

@@ -1,0 +1,96 @@
+#pragma once
+// CZPReport: one report of a study: its names and document, its own copies of a format and
+// of the header data, and, for the length of a run, the Word instance it drives.
+#include "core/framework/COVReport.h"
+#include "core/framework/COVReportManager.h"
+#include "platform/mfc/CString.h"
+#include "platform/word/Word.h"
+
+class CArchive;
+class CZPNewReportFormat;
+class CZPReportHeaderInfo;
+class CZPReportManager;
+class CThreadedRunMessageBox;
+class zphStudy;
+
+// The template files, in the folder of GetReportTemplatePath().
+inline constexpr const char16_t* kStudyTemplate2007 = u"SimulationReportTemplate_2007.dotx";
+inline constexpr const char16_t* kStudyTemplate2003 = u"SimulationReportTemplate_2003.dot";
+// The tag that every template must hold on its cover: InitWord proves searching with it.
+inline constexpr const char16_t* kMainModelImageTag = u"<Image_288pxW_MainModel/>";
+// The template table of inserted images.
+inline constexpr const char16_t* kCustomImageTag = u"<Image_Custom/>";
+
+class CZPReport : public COVReport {
+public:
+  // A fresh format (analysis type -1) and a fresh header; Word version unknown (-1).
+  CZPReport();
+  // Copies the base fields and makes own copies of format (analysis type kept) and header;
+  // belongs to `manager`.
+  CZPReport(const CZPReport& other, CZPReportManager* manager);
+  // Deletes header and format and releases the Word references.
+  ~CZPReport() override;
+  CZPReport(const CZPReport&) = delete;
+  CZPReport& operator=(const CZPReport&) = delete;
+
+  // The report record: document path, report name, file base name, m_outOfDate (from 850020),
+  // load case flag and name (from 890013), header, format.
+  void Serialize(CArchive& archive) override;
+
+  // Replace the format / the header by `format` / `header` (taking ownership); the old one
+  // is deleted.
+  void SetFormat(CZPNewReportFormat* format);
+  void SetHeaderInfo(CZPReportHeaderInfo* header);
+
+  // ---- generation
+  // Generates the document of a study report at m_documentPath. 1 when it was saved and Word
+  // closed; 0 when Word could not start, the run was cancelled or the final steps failed.
+  int GenerateWordDoc(zphStudy* study, COVReportManager* manager);
+  // The same for a design study, whose data comes from the host's design session.
+  int GenerateWordDocForOptStudy(COVReportManager* manager);
+  // The number of sections of the format whose m_included is 1.
+  int GetTotalIncludedSections();
+  // Removes the table that holds `tag`, with the paragraph it leaves behind.
+  void DeleteSection(const CString& tag);
+  // 0 and one progress step more when no cancel was asked for; otherwise closes Word
+  // without saving and gives 1.
+  int IsUserCanceled(CThreadedRunMessageBox* box, const CString& stepText);
+
+  // ---- the Word session
+  // Starts Word only to read its major version into m_officeVersion (-1: no Word; the
+  // user is told when showMessage is not 0).
+  void SetOfficeVersionNumber(int showMessage);
+  // Starts Word, opens a new document from the template, proves that searching works in it
+  // and sets the paper size. 1 when m_wordApp, m_wordDocument and m_wordSelection are ready;
+  // on 0 the user has been told.
+  int InitWord(const CString& templateFile, const CString& templateFolder);
+  // 1 when searching for the cover's model picture tag selects exactly that tag.
+  int CheckIfTheFindAPIWorkingProperly();
+
+  // The document extension of m_format's output type for the Word version.
+  CString DocumentExtension() const;
+
+  CZPNewReportFormat* m_format = nullptr;       // owned
+  Word::Ptr<Word::Application> m_wordApp;       // live only during generation
+  Word::Ptr<Word::Selection> m_wordSelection;
+  Word::Ptr<Word::Document> m_wordDocument;
+  int m_progressStep = 0;
+  CZPReportHeaderInfo* m_headerInfo = nullptr;  // owned
+  CZPReportManager* m_manager = nullptr;        // not owned
+  int m_officeVersion = -1;
+
+private:
+  // Puts the manager's images of section `sectionId` at `contentTag`, one copy of the
+  // template table each; without images the tag goes with its line.
+  void AddInsertedImages(COVReportManager* manager, const CString& contentTag, int sectionId,
+                         const CString& sectionName);
+  // Releases document, selection and application, in this order.
+  void ReleaseWord();
+  // Closes the document without saving and quits Word, swallowing Word's errors; then
+  // releases the references.
+  void CloseWordWithoutSaving();
+};
+
+// The major version in a Word version text ("16.0" gives 16): the number before the first
+// point, read as a decimal integer; 0 when there is none.
+int ParseOfficeMajorVersion(const CString& versionText);

@@ -1,0 +1,67 @@
+#pragma once
+// CZPReportManager: the reports of one study, and the report commands of the study tree.
+#include "core/ImageChoice.h"
+#include "core/framework/COVReportManager.h"
+#include "platform/mfc/CString.h"
+
+class CZPReport;
+class CZPNewReportOptions;
+class zphStudy;
+
+class CZPReportManager : public COVReportManager {
+public:
+  // `study` may be null: the manager of a design study, whose data comes from the design
+  // session.
+  explicit CZPReportManager(zphStudy* study);
+  // A copy of the source's images and reports (names and paths unchanged), with no study.
+  CZPReportManager(const CZPReportManager& source);
+  ~CZPReportManager() override = default;
+
+  // The interactive form runs the report dialog; the other takes folder, name and the
+  // show-on-publish switch as given. Both add the report, then generate it.
+  void CreateReport(CString& folder, CString& name, int showOnPublish) override;
+  void CreateReport() override;
+
+  // Version, images, then the reports (duplicates of a name dropped before a store and
+  // after a load).
+  void Serialize(CArchive& archive) override;
+
+  // ---- naming and lookup
+  // The study's name; without a study the active design study's; else empty.
+  CString GetStudyName();
+  // 1 when no report has this name (case sensitive).
+  int CheckValidReportName(const CString& name);
+  // "<study>-<i>" with the smallest i from 1 that no report has.
+  CString GetNewReportName();
+  // The same with the base "Study 1".
+  CString GetNewMotionReportName();
+  // The report of that name (case sensitive), or null.
+  CZPReport* GetReportByName(const CString& name);
+  // The first report of each name wins; every report object is replaced by a copy.
+  void RemoveDuplicateReports();
+
+  zphStudy* m_study = nullptr;
+
+private:
+  // The study type of the manager's study, 4 for an active design study; false when there
+  // is neither.
+  bool GetStudyType(int& studyType);
+  // The quick study's report, run instead of the dialog while the quick-study wizard is in
+  // charge.
+  void CreateBreviaStudyReport();
+  // A new report with copies of the options' format for `studyType` and header, and the
+  // Word version probed; null (and the report deleted) when Word is missing or too old.
+  CZPReport* MakeReport(CZPNewReportOptions& options, int studyType, bool tellTooOld);
+  // The image choices of a new report: every image, ticked.
+  ImageChoiceArray AllImagesTicked();
+  // Includes the ticked images in `report`, each in its own section.
+  void IncludeChosenImages(CZPReport& report, const ImageChoiceArray& images);
+  // Rebuilds the report entries of the study's tree.
+  void RefreshTree();
+  // Generates `report` (study or design study). 1 on success.
+  int Generate(CZPReport& report);
+  // Opens the document when the report's header says so.
+  void ShowWhenAsked(CZPReport& report);
+  // Folder, "\", file base name and the extension of the report's output type.
+  static void BuildDocumentPath(CZPReport& report);
+};

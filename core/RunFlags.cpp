@@ -1,0 +1,5 @@
+#include "core/RunFlags.h"
+
+int g_cancelRequested = 0;
+int g_batchCancelState = 0;
+int g_progressThreadEnded = 1;
