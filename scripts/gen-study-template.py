@@ -147,7 +147,11 @@ def tc(width, *content, fill=None, span=None, valign=None, nowrap=False, no_bord
     return w("tc", None, w("tcPr", None, *pr), *body)
 
 
-def tr(*cells, header=False, cant_split=True):
+def tr(*cells, header=False, cant_split=None):
+    # Only heading rows are kept on one page: a body row may grow taller than
+    # a page (pictures, many property rows), and Word clips such a row.
+    if cant_split is None:
+        cant_split = header
     pr = []
     if cant_split:
         pr.append(w("cantSplit"))
