@@ -1,0 +1,105 @@
+// Filling tags the way the report code does, in a large document: each search,
+// typing and move must cost what it touches, not the size of the document.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <unistd.h>
+
+#include <zip.h>
+
+#include "platform/docx/Engine.h"
+#include "platform/word/Word.h"
+
+namespace {
+
+using Word::Variant;
+
+std::string TagName(int i) {
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "<Tag_%05d/>", i);
+  return buf;
+}
+
+// A document of `paragraphs` paragraphs with a tag in each, headings every 50.
+std::string MakeDocument(int paragraphs) {
+  std::string path = "/tmp/zp_bench_docx_" + std::to_string(::getpid()) + "_" + std::to_string(paragraphs) + ".docx";
+  std::string body;
+  body.reserve(static_cast<size_t>(paragraphs) * 120);
+  for (int i = 0; i < paragraphs; ++i) {
+    if (i % 50 == 0) body += "<w:p><w:pPr><w:outlineLvl w:val=\"0\"/></w:pPr><w:r><w:t>Section</w:t></w:r></w:p>";
+    body += "<w:p><w:r><w:t xml:space=\"preserve\">Value of item " + std::to_string(i) + ": </w:t></w:r><w:r><w:rPr><w:b/></w:rPr><w:t>" +
+            TagName(i).replace(0, 1, "&lt;").replace(TagName(i).size() + 2, 1, "&gt;") + "</w:t></w:r></w:p>";
+  }
+  std::string doc = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\"><w:body>" +
+                    body + "<w:sectPr/></w:body></w:document>";
+  int err = 0;
+  zip_t* z = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &err);
+  auto add = [&](const char* name, const std::string& s) {
+    zip_file_add(z, name, zip_source_buffer(z, s.data(), s.size(), 0), ZIP_FL_OVERWRITE);
+  };
+  std::string types =
+      "<?xml version=\"1.0\"?><Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
+      "<Default Extension=\"rels\" ContentType=\"application/vnd.openxmlformats-package.relationships+xml\"/>"
+      "<Override PartName=\"/word/document.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.wordprocessingml.document.main+xml\"/></Types>";
+  std::string rels =
+      "<?xml version=\"1.0\"?><Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+      "<Relationship Id=\"rId1\" Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument\" Target=\"word/document.xml\"/></Relationships>";
+  add("[Content_Types].xml", types);
+  add("_rels/.rels", rels);
+  add("word/document.xml", doc);
+  zip_close(z);
+  return path;
+}
+
+bool FindTag(const Word::Ptr<Word::Selection>& sel, const std::string& tag, int forward) {
+  if (forward) sel->GoTo(Variant(Word::wdGoToHeading), Variant(Word::wdGoToPrevious));
+  return sel->GetFind()->Execute(Variant(Word::String(tag.begin(), tag.end())), Variant(0), Variant(0), Variant(0), Variant(0),
+                                 Variant(0), Variant(forward), Variant(1), Variant(0), Variant(0), Variant(0), Variant(0),
+                                 Variant(0), Variant(0), Variant(0));
+}
+
+// Fill every tag in document order: FindTag (backward with wrap), TypeText, then a move.
+void BM_FillTags(benchmark::State& state) {
+  int n = static_cast<int>(state.range(0));
+  std::string path = MakeDocument(n);
+  docx::RegisterWordApplication();
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto app = Word::CreateInstance(u"Word.Application");
+    app->GetDocuments()->Add(Variant(Word::String(path.begin(), path.end())));
+    auto sel = app->GetSelection();
+    state.ResumeTiming();
+    for (int i = 0; i < n; ++i) {
+      if (!FindTag(sel, TagName(i), i % 2)) state.SkipWithError("tag not found");
+      sel->TypeText(u"1.234 N");
+      sel->MoveRight(Variant(Word::wdCharacter), Variant(1));
+    }
+    state.PauseTiming();
+    app->Quit();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * n);
+  std::remove(path.c_str());
+}
+BENCHMARK(BM_FillTags)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+// Opening and saving the document, for scale.
+void BM_OpenAndSave(benchmark::State& state) {
+  int n = static_cast<int>(state.range(0));
+  std::string path = MakeDocument(n);
+  std::string out = path + ".out.docx";
+  docx::RegisterWordApplication();
+  for (auto _ : state) {
+    auto app = Word::CreateInstance(u"Word.Application");
+    auto doc = app->GetDocuments()->Add(Variant(Word::String(path.begin(), path.end())));
+    doc->SaveAs(Variant(Word::String(out.begin(), out.end())));
+    app->Quit();
+  }
+  std::remove(path.c_str());
+  std::remove(out.c_str());
+}
+BENCHMARK(BM_OpenAndSave)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
