@@ -446,6 +446,7 @@ def sec_connectors():
                            ["<L_WeldForceType/>", "<L_WeldForceMin/>", "<L_WeldForceMax/>", "<L_WeldForceMean/>"],
                            ["<WeldForceType1/>", "<WeldForceMin1/>", "<WeldForceMax1/>", "<WeldForceMean1/>"],
                            False),
+              td(),  # "no data" is typed here when the forces table goes
               fill=BAND_FILL, span=3)),
     ])
     sg = split(inner(g[2]), (3, 2))
@@ -464,6 +465,7 @@ def sec_connectors():
                            ["<L_PBBForceComp/>", "<L_PBBForceX/>", "<L_PBBForceY/>", "<L_PBBForceZ/>", "<L_PBBForceRes/>"],
                            ["<PBBForceType1/>", "<PBBForceX1/>", "<PBBForceY1/>", "<PBBForceZ1/>", "<PBBForceRes1/>"],
                            False),
+              td(),  # "no data" is typed here when the forces table goes
               fill=BAND_FILL, span=3)),
     ])
     gen = tbl(g, [
