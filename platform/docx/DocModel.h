@@ -84,7 +84,9 @@ class DocModel {
     Story* story = nullptr;
     int pos = -1;
     RunProps props;
+    long edits = -1;
   } pending;
+  long edits = 0;           // counts changes of any story (pending formatting dies with a change)
   int seekSection = 0;      // index in Sections() of the header/footer shown
   std::vector<pugi::xml_node> Sections();            // w:sectPr in document order
   pugi::xml_node SectionOf(Story& story, int pos);   // w:sectPr governing a position of the main story

@@ -215,7 +215,8 @@ class FontImpl : public Word::Font {
   RunProps FirstProps() {
     Live(m_doc);
     if (m_start == m_end) {
-      if (m_doc->pending.story == m_story && m_doc->pending.pos == m_start) return m_doc->pending.props;
+      if (m_doc->pending.story == m_story && m_doc->pending.pos == m_start && m_doc->pending.edits == m_doc->edits)
+        return m_doc->pending.props;
       return PropsForTyping(*m_story, m_start);
     }
     return PropsOfCharAt(*m_story, m_start);
@@ -240,6 +241,7 @@ class FontImpl : public Word::Font {
       d.pending.story = m_story;
       d.pending.pos = m_start;
       d.pending.props = props;
+      d.pending.edits = d.edits;
       int off = 0;
       Item* p = s.ItemAt(m_start, &off);
       if (p && p->kind == Item::Paragraph && p->TextLength() == 0) {
@@ -1002,7 +1004,7 @@ void SelectionImpl::TypeText(const Word::String& text) {
     } else {
       sel.end = sel.start;
     }
-  } else if (d.pending.story == sel.story && d.pending.pos == sel.start) {
+  } else if (d.pending.story == sel.story && d.pending.pos == sel.start && d.pending.edits == d.edits) {
     props = d.pending.props;
   } else {
     props = PropsForTyping(*sel.story, sel.start);

@@ -385,6 +385,7 @@ static void Fill(Item* it, DocModel& doc) {
 }
 
 void Story::Refresh(Item* it) {
+  ++m_doc.edits;
   IndexRemove(it);
   Fill(it, m_doc);
   IndexAdd(it);
@@ -392,6 +393,7 @@ void Story::Refresh(Item* it) {
 }
 
 Item* Story::AddBlock(pugi::xml_node block, Item* after) {
+  ++m_doc.edits;
   std::vector<std::pair<pugi::xml_node, Item::Kind>> nodes;
   Collect(block, nodes);
   int rank = after ? RankOf(after) + 1 : 0;
@@ -411,6 +413,7 @@ Item* Story::AddBlock(pugi::xml_node block, Item* after) {
 }
 
 void Story::RemoveBlock(pugi::xml_node block) {
+  ++m_doc.edits;
   std::vector<std::pair<pugi::xml_node, Item::Kind>> nodes;
   Collect(block, nodes);
   for (auto& [node, kind] : nodes) {
@@ -466,13 +469,21 @@ std::vector<Item*> Story::Candidates(const String& needle, bool* all) const {
     *all = true;
     return out;
   }
-  const std::unordered_set<Item*>* best = nullptr;
+  std::vector<const std::unordered_set<Item*>*> buckets;
   for (size_t i = 0; i + 3 <= needle.size(); ++i) {
     auto b = m_index.find(Gram(&needle[i]));
     if (b == m_index.end()) return out;  // a trigram nowhere: no match at all
-    if (!best || b->second.size() < best->size()) best = &b->second;
+    buckets.push_back(&b->second);
   }
-  out.assign(best->begin(), best->end());
+  std::sort(buckets.begin(), buckets.end(), [](auto* x, auto* y) { return x->size() < y->size(); });
+  buckets.erase(std::unique(buckets.begin(), buckets.end()), buckets.end());
+  // Candidates: the rarest trigram's paragraphs that also hold the next rarest ones.
+  size_t filters = std::min<size_t>(buckets.size(), 4);
+  for (Item* it : *buckets.front()) {
+    bool ok = true;
+    for (size_t k = 1; k < filters && ok; ++k) ok = buckets[k]->count(it) != 0;
+    if (ok) out.push_back(it);
+  }
   return out;
 }
 
