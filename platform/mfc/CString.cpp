@@ -411,7 +411,7 @@ CString& CString::Trim(const char16_t* set) { return TrimRight(set).TrimLeft(set
 namespace zp::fmt {
 namespace {
 
-struct Spec {
+struct Directive {
   std::string flags;
   int width = -1;
   int precision = -1;
@@ -424,11 +424,11 @@ std::u16string Widen(const char* s) {
   return r;
 }
 
-void Pad(std::u16string& out, std::u16string_view body, const Spec& spec) {
-  std::size_t width = spec.width > 0 ? static_cast<std::size_t>(spec.width) : 0;
+void Pad(std::u16string& out, std::u16string_view body, const Directive& dir) {
+  std::size_t width = dir.width > 0 ? static_cast<std::size_t>(dir.width) : 0;
   if (body.size() >= width) {
     out.append(body);
-  } else if (spec.leftAlign) {
+  } else if (dir.leftAlign) {
     out.append(body);
     out.append(width - body.size(), u' ');
   } else {
@@ -484,11 +484,11 @@ double AsDouble(const Arg& a) {
   }
 }
 
-std::string NarrowSpec(const Spec& spec, const char* length, char conv) {
+std::string NarrowDirective(const Directive& dir, const char* length, char conv) {
   std::string f = "%";
-  f += spec.flags;
-  if (spec.width >= 0) f += std::to_string(spec.width);
-  if (spec.precision >= 0) f += "." + std::to_string(spec.precision);
+  f += dir.flags;
+  if (dir.width >= 0) f += std::to_string(dir.width);
+  if (dir.precision >= 0) f += "." + std::to_string(dir.precision);
   f += length;
   f += conv;
   return f;
@@ -533,11 +533,11 @@ std::u16string Format(std::u16string_view format, const Arg* args, std::size_t c
       ++i;
       continue;
     }
-    Spec spec;
+    Directive dir;
     // flags
     while (i < n && (format[i] == u'-' || format[i] == u'+' || format[i] == u' ' || format[i] == u'#' || format[i] == u'0')) {
-      if (format[i] == u'-') spec.leftAlign = true;
-      if (spec.flags.find(static_cast<char>(format[i])) == std::string::npos) spec.flags += static_cast<char>(format[i]);
+      if (format[i] == u'-') dir.leftAlign = true;
+      if (dir.flags.find(static_cast<char>(format[i])) == std::string::npos) dir.flags += static_cast<char>(format[i]);
       ++i;
     }
     // width
@@ -545,11 +545,11 @@ std::u16string Format(std::u16string_view format, const Arg* args, std::size_t c
       long long w = 0;
       AsSigned(take(), w);
       if (w < 0) {
-        spec.leftAlign = true;
-        if (spec.flags.find('-') == std::string::npos) spec.flags += '-';
+        dir.leftAlign = true;
+        if (dir.flags.find('-') == std::string::npos) dir.flags += '-';
         w = -w;
       }
-      spec.width = static_cast<int>(std::min<long long>(w, 4096));
+      dir.width = static_cast<int>(std::min<long long>(w, 4096));
       ++i;
     } else {
       int w = -1;
@@ -558,7 +558,7 @@ std::u16string Format(std::u16string_view format, const Arg* args, std::size_t c
         if (w > 4096) w = 4096;
         ++i;
       }
-      spec.width = w;
+      dir.width = w;
     }
     // precision
     if (i < n && format[i] == u'.') {
@@ -566,7 +566,7 @@ std::u16string Format(std::u16string_view format, const Arg* args, std::size_t c
       if (i < n && format[i] == u'*') {
         long long p = 0;
         AsSigned(take(), p);
-        spec.precision = p < 0 ? -1 : static_cast<int>(std::min<long long>(p, 4096));
+        dir.precision = p < 0 ? -1 : static_cast<int>(std::min<long long>(p, 4096));
         ++i;
       } else {
         int p = 0;
@@ -575,7 +575,7 @@ std::u16string Format(std::u16string_view format, const Arg* args, std::size_t c
           if (p > 4096) p = 4096;
           ++i;
         }
-        spec.precision = p;
+        dir.precision = p;
       }
     }
     // length modifiers: accepted, not needed
@@ -597,28 +597,28 @@ std::u16string Format(std::u16string_view format, const Arg* args, std::size_t c
         const Arg& a = take();
         long long v = 0;
         if (!AsSigned(a, v) && a.kind != Arg::None) {
-          Pad(out, StringOf(a), spec);
+          Pad(out, StringOf(a), dir);
           break;
         }
-        out += PrintNumber(NarrowSpec(spec, "ll", 'd'), v);
+        out += PrintNumber(NarrowDirective(dir, "ll", 'd'), v);
         break;
       }
       case u'u': case u'o': case u'x': case u'X': {
         const Arg& a = take();
         if (a.kind == Arg::Str16 || a.kind == Arg::Str8) {
-          Pad(out, StringOf(a), spec);
+          Pad(out, StringOf(a), dir);
           break;
         }
-        out += PrintNumber(NarrowSpec(spec, "ll", static_cast<char>(conv)), AsUnsigned(a));
+        out += PrintNumber(NarrowDirective(dir, "ll", static_cast<char>(conv)), AsUnsigned(a));
         break;
       }
       case u'f': case u'F': case u'e': case u'E': case u'g': case u'G': case u'a': case u'A': {
         const Arg& a = take();
         if (a.kind == Arg::Str16 || a.kind == Arg::Str8) {
-          Pad(out, StringOf(a), spec);
+          Pad(out, StringOf(a), dir);
           break;
         }
-        out += PrintNumber(NarrowSpec(spec, "", static_cast<char>(conv)), AsDouble(a));
+        out += PrintNumber(NarrowDirective(dir, "", static_cast<char>(conv)), AsDouble(a));
         break;
       }
       case u'c': case u'C': {
@@ -630,20 +630,20 @@ std::u16string Format(std::u16string_view format, const Arg* args, std::size_t c
           unsigned long long v = AsUnsigned(a);
           AppendCodePoint(body, static_cast<char32_t>(v > 0x10FFFF ? 0xFFFD : v));
         }
-        Pad(out, body, spec);
+        Pad(out, body, dir);
         break;
       }
       case u's': case u'S': {
         std::u16string body = StringOf(take());
-        if (spec.precision >= 0 && body.size() > static_cast<std::size_t>(spec.precision)) body.resize(static_cast<std::size_t>(spec.precision));
-        Pad(out, body, spec);
+        if (dir.precision >= 0 && body.size() > static_cast<std::size_t>(dir.precision)) body.resize(static_cast<std::size_t>(dir.precision));
+        Pad(out, body, dir);
         break;
       }
       case u'p': {
         const Arg& a = take();
         char buf[32];
         std::snprintf(buf, sizeof buf, "%p", a.kind == Arg::Pointer ? a.p : reinterpret_cast<const void*>(static_cast<std::uintptr_t>(AsUnsigned(a))));
-        Pad(out, Widen(buf), spec);
+        Pad(out, Widen(buf), dir);
         break;
       }
       case u'n':

@@ -1,0 +1,4 @@
+#include "model/Archive.h"
+
+int g_archiveVersion = kNewestArchiveVersion;
+int g_loadedVersion = 0;

@@ -1,0 +1,101 @@
+#pragma once
+// Shared pieces of the model tests: a temporary application data folder, the archive
+// versions put back after each test, and byte helpers.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <typeinfo>
+#include <vector>
+
+#include "model/Archive.h"
+#include "platform/host/Utilities.h"
+#include "platform/mfc/Afx.h"
+#include "platform/system/MessageBox.h"
+
+namespace zptest {
+
+// The run-time class of what a pointer points to.
+template <class T>
+const std::type_info& ClassOf(const T* p) {
+  return typeid(*p);
+}
+
+using Bytes = std::vector<BYTE>;
+
+class ModelTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    char tmpl[] = "/tmp/zp_model_XXXXXX";
+    ASSERT_NE(mkdtemp(tmpl), nullptr);
+    m_dir = tmpl;
+    m_appData = m_dir + "/appdata";
+    zpUtilities_c::SetOVAppDataFolder(FromUtf8(m_appData));
+    m_savedArchive = g_archiveVersion;
+    m_savedLoaded = g_loadedVersion;
+    g_archiveVersion = kNewestArchiveVersion;
+    g_loadedVersion = 0;
+  }
+  void TearDown() override {
+    EXPECT_EQ(m_box.Count(), 0u) << "the model shows no messages";
+    zpUtilities_c::SetOVAppDataFolder(CString());
+    g_archiveVersion = m_savedArchive;
+    g_loadedVersion = m_savedLoaded;
+    std::filesystem::remove_all(m_dir);
+  }
+
+  std::string FormatsPath() const { return m_appData + "/studyReportFormats"; }
+  Bytes ReadFile(const std::string& path) const {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  }
+  void WriteFile(const std::string& path, const Bytes& bytes) const {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  }
+
+  std::string m_dir;
+  std::string m_appData;
+  ScopedMessageBox m_box;
+  int m_savedArchive = 0;
+  int m_savedLoaded = 0;
+};
+
+// Stores an object into bytes.
+template <class F>
+Bytes StoreBytes(F write) {
+  CMemFile file;
+  {
+    CArchive ar(&file, CArchive::store);
+    write(ar);
+    ar.Close();
+  }
+  return file.GetData();
+}
+
+// A little writer of raw records, for archives of older layouts.
+class RawWriter {
+public:
+  RawWriter& Int(int v) {
+    for (int i = 0; i < 4; ++i) m_bytes.push_back(static_cast<BYTE>((static_cast<unsigned>(v) >> (8 * i)) & 0xFF));
+    return *this;
+  }
+  RawWriter& Str(const CString& s) {
+    Bytes b = StoreBytes([&](CArchive& ar) { ar << s; });
+    m_bytes.insert(m_bytes.end(), b.begin(), b.end());
+    return *this;
+  }
+  RawWriter& Raw(const Bytes& b) {
+    m_bytes.insert(m_bytes.end(), b.begin(), b.end());
+    return *this;
+  }
+  const Bytes& bytes() const { return m_bytes; }
+
+private:
+  Bytes m_bytes;
+};
+
+}  // namespace zptest
