@@ -5,21 +5,7 @@
 #include "core/ReportManager.h"
 #include "model/Sections.h"
 
-// ---- text sections and the comment block
-void CZPNewReportSectionDescription::UpdateDescriptionInWordDoc(SelectionPtr selection) {}
-void CZPNewReportSection::UpdateAssumptionDetailsInWordDoc(SelectionPtr selection, const CString& imageFolder,
-                                                           zphStudy* study) {}
-void CZPNewReportSection::UpdateConclusionDetailsInWordDoc(SelectionPtr selection) {}
-void CZPNewReportSection::UpdateCommentsInWordDoc(SelectionPtr selection, const CString& labelTag,
-                                                  const CString& commentTag) {}
-
 // ---- model side
-void CZPNewReportSectionModelInformation::UpdateBodyDetailsInWordDoc(SelectionPtr selection,
-                                                                     const CString& imageFolder, zphStudy* study) {}
-void CZPNewReportSectionStudyProperties::UpdateDetailsInWordDoc(SelectionPtr selection, zphStudy* study) {}
-void CZPNewReportSection::UpdateUnitsDetailsInWordDoc(SelectionPtr selection) {}
-void CZPNewReportSectionMaterialProperties::UpdateDetailsInWordDoc(SelectionPtr selection,
-                                                                   const CString& imageFolder, zphStudy* study) {}
 void CZPNewReportSectionLoadsRestraints::UpdateDetailsInWordDoc(SelectionPtr selection, const CString& imageFolder,
                                                                 zphStudy* study) {}
 void CZPNewReportSectionConnectors::UpdateDetailsInWordDoc(SelectionPtr selection, const CString& imageFolder,
@@ -32,7 +18,6 @@ void CZPNewReportSection::UpdateContactsInWordDoc(SelectionPtr selection, const 
 void CZPNewReportSection::UpdateMeshInformationInWordDoc(SelectionPtr selection, const CString& scratchFolder,
                                                          zphStudy* study) {}
 void CZPNewReportSection::UpdateSensorsDetailsInWordDoc(SelectionPtr selection, const CString& scratchFolder) {}
-void CZPNewReportSection::UpdateResultantForcesDetailsInWordDoc(SelectionPtr selection, zphStudy* study) {}
 void CZPNewReportSectionBeams::UpdateDetailsInWordDoc(SelectionPtr selection, zphStudy* study) {}
 void CZPNewReportSectionStudyResults::UpdateDetailsInWordDoc(SelectionPtr selection, const CString& scratchFolder,
                                                              zphStudy* study) {}

@@ -1,0 +1,64 @@
+#pragma once
+// Small Word sequences that the section writers repeat: stepping through table cells, adding
+// a row below the selection, removing the selected row or table, filling a tag, and walking a
+// host list record by record.
+#include "core/DocumentPrimitives.h"
+#include "platform/mfc/CString.h"
+#include "platform/mfc/CStringList.h"
+#include "platform/system/Resources.h"
+#include "platform/word/Word.h"
+
+namespace zpsteps {
+
+// To the next cell: the end-of-cell mark counts as one character.
+inline void NextCell(const SelectionPtr& selection) {
+  selection->MoveRight(Word::Variant(Word::wdCharacter), Word::Variant(1));
+}
+
+// A new empty row below the selection's row; the insertion point goes to its first cell.
+inline void NewRow(const SelectionPtr& selection) {
+  selection->InsertRowsBelow();
+  selection->MoveLeft(Word::Variant(Word::wdCharacter), Word::Variant(1));
+}
+
+// Removes the row(s) of the selection.
+inline void DeleteRow(const SelectionPtr& selection) { Word::Checked(selection->GetRows())->Delete(); }
+
+// Removes the innermost table that holds the selection.
+inline void DropTable(const SelectionPtr& selection) {
+  Word::Checked(Word::Checked(selection->GetTables())->Item(1))->Delete();
+}
+
+// Black text from here on.
+inline void Black(const SelectionPtr& selection) {
+  Word::Checked(selection->GetFont())->PutColor(Word::wdColorBlack);
+}
+
+// Finds `tag` and types `text` over it; false when the tag isn't there.
+inline bool Fill(const SelectionPtr& selection, const CString& tag, const CString& text, int forward = 0) {
+  if (!FindTag(selection, tag, forward)) return false;
+  TypeString(selection, text);
+  return true;
+}
+
+// Finds `tag` and types numbered text `id` over it.
+inline bool FillText(const SelectionPtr& selection, const CString& tag, unsigned id, int forward = 0) {
+  if (!FindTag(selection, tag, forward)) return false;
+  TypeString(selection, ZpCommonString(id));
+  return true;
+}
+
+// Walks a host list from its head. Next() past the end throws CInvalidArgException, as the
+// list itself does: a list shorter than its promised shape ends the writer that reads it.
+class ListWalk {
+public:
+  explicit ListWalk(const CStringList& list) : m_list(list), m_pos(list.GetHeadPosition()) {}
+  const CString& Next() { return m_list.GetNext(m_pos); }
+  bool AtEnd() const { return m_pos == nullptr; }
+
+private:
+  const CStringList& m_list;
+  POSITION m_pos;
+};
+
+}  // namespace zpsteps
