@@ -148,6 +148,11 @@ void Story::Collect(pugi::xml_node container, std::vector<std::pair<pugi::xml_no
     visit(container);
     return;
   }
+  if (IsW(container, "tr")) {  // a row on its own: its cells, then its end mark
+    ForEachWrapped(container, "tc", [&](pugi::xml_node tc) { Collect(tc, out); });
+    out.emplace_back(container, Item::RowEnd);
+    return;
+  }
   for (auto c = container.first_child(); c; c = c.next_sibling()) visit(c);
 }
 
