@@ -1,0 +1,310 @@
+// The row and table techniques of the report writers, run call by call on
+// documents made here, and the resulting tables read back cell by cell.
+#include <gtest/gtest.h>
+
+#include "tests/docx/TableTestUtil.h"
+
+using namespace tabletest;
+using docxtest::P;
+using Word::Variant;
+
+namespace {
+
+std::string Heading(const std::string& t) { return P(t, "Heading1"); }
+
+// Two section tables separated by empty paragraphs, as the report template has them.
+std::string TwoSections() {
+  return Heading("Report") + Tbl({Tr({Tc("<Header_A/>"), Tc("a1")}), Tr({Tc("a2"), Tc("a3")})}) + P("") +
+         Tbl({Tr({Tc("<Header_B/>"), Tc("b1")})}) + P("") + P("end");
+}
+
+}  // namespace
+
+TEST(TableRemoval, DeleteSectionTakesTheTableAndItsSeparatorParagraph) {
+  // With SelectCell (as the section remover does) and without it (as some writers do).
+  for (bool selectCell : {true, false}) {
+    Session s(TwoSections());
+    ASSERT_TRUE(s.FindTag("<Header_A/>"));
+    if (selectCell) s.sel->SelectCell();
+    auto tables = s.sel->GetTables();
+    ASSERT_EQ(tables->GetCount(), 1);
+    tables->Item(1)->Delete();
+    s.sel->TypeBackspace();
+    EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:Report", "T[<Header_B/>|b1]", "P:", "P:end"}));
+    // The next section goes the same way; the paragraph before the last one stays.
+    ASSERT_TRUE(s.FindTag("<Header_B/>"));
+    s.sel->SelectCell();
+    s.SelTable()->Delete();
+    s.sel->TypeBackspace();
+    EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:Report", "P:end"}));
+  }
+}
+
+TEST(TableRemoval, NestedTableThenItsOuterTable) {
+  // The header writer: Tables(1).Delete on the innermost table, then again on the one round it.
+  std::string nested = Tbl({Tr({Tc("<Company_Email/>")})});
+  Session s(P("top") + Tbl({Tr({TcRaw(nested + P("")), Tc("x")})}) + P("") + P("tail"));
+  ASSERT_TRUE(s.FindTag("<Company_Email/>"));
+  s.sel->Delete();
+  auto inner = s.SelTable();
+  EXPECT_EQ(inner->GetNestingLevel(), 2);
+  inner->Delete();
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:top", "T[|x]", "P:", "P:tail"}));
+  EXPECT_EQ(s.SelTable()->GetNestingLevel(), 1);
+  s.SelTable()->Delete();
+  s.sel->Delete();
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:top", "P:tail"}));
+}
+
+TEST(TableRows, RowsDeleteAtATagAndErrorsOutsideTables) {
+  Session s(Heading("H") + Tbl({Tr({Tc("n1"), Tc("v1")}), Tr({Tc("<Opt/>"), Tc("v2")}), Tr({Tc("n3"), Tc("v3")})}) + P("after"));
+  ASSERT_TRUE(s.FindTag("<Opt/>"));
+  s.sel->GetRows()->Delete();
+  // The insertion point stands at the start of the row that took the deleted one's place.
+  s.Type("X");
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:H", "T[n1|v1;Xn3|v3]", "P:after"}));
+  // The last row: the insertion point goes behind the table.
+  ASSERT_TRUE(s.FindTag("Xn3"));
+  s.sel->GetRows()->Item(1)->Delete();
+  s.Type("Y");
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:H", "T[n1|v1]", "P:Yafter"}));
+  // Outside a table the table members raise 4605.
+  ASSERT_TRUE(s.FindTag("Yafter"));
+  EXPECT_EQ(s.sel->GetTables()->GetCount(), 0);
+  for (auto call : std::vector<std::function<void()>>{[&] { s.sel->SelectCell(); }, [&] { s.sel->SelectRow(); },
+                                                      [&] { s.sel->GetRows(); }, [&] { s.sel->InsertRowsBelow(); },
+                                                      [&] { s.sel->MoveRight(Variant(Word::wdCell), Variant(1)); }}) {
+    try {
+      call();
+      ADD_FAILURE() << "no error outside a table";
+    } catch (const Word::ComError& e) {
+      EXPECT_EQ(e.Error(), Word::WordError(Word::wdErrNotAvailable));
+    }
+  }
+  EXPECT_THROW(s.sel->GetTables()->Item(1), Word::ComError);
+}
+
+TEST(TableRows, AppendRowStepKeepsTheRowFormattingAndWalksTheCells) {
+  std::string shd = R"(<w:shd w:val="clear" w:color="auto" w:fill="D9E2F3"/>)";
+  Session s(Heading("H") +
+            Tbl({Tr({Tc("Name"), Tc("Value"), Tc("Unit")}),
+                 Tr({Tc("<N/>", shd, 2000, "Heading2"), Tc("<V/>"), Tc("<U/>")}, R"(<w:cantSplit/>)")}) +
+            P("after"));
+  ASSERT_TRUE(s.FindTag("<N/>"));
+  s.Type("a");
+  ASSERT_TRUE(s.FindTag("<V/>"));
+  s.Type("1");
+  ASSERT_TRUE(s.FindTag("<U/>"));
+  s.Type("m");
+  for (std::string row : {"b", "c"}) {
+    s.sel->InsertRowsBelow();
+    EXPECT_EQ(s.sel->GetType(), Word::wdSelectionNormal);
+    s.sel->MoveLeft(Variant(Word::wdCharacter), Variant(1));
+    s.Type(row);
+    s.sel->MoveRight(Variant(Word::wdCharacter), Variant(1));
+    s.Type(row + "2");
+    s.sel->MoveRight(Variant(Word::wdCharacter), Variant(1));
+    s.Type(row + "3");
+  }
+  EXPECT_EQ(s.sel->GetInformation(Word::wdEndOfRangeRowNumber).AsInt(), 4);
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:H", "T[Name|Value|Unit;a|1|m;b|b2|b3;c|c2|c3]", "P:after"}));
+  // New rows are shaped like the row above: row and cell properties, paragraph style; no content.
+  pugi::xml_document d;
+  std::string xml = s.Xml();
+  d.load_buffer(xml.data(), xml.size());
+  auto rows = d.select_nodes("//w:tbl/w:tr");
+  ASSERT_EQ(rows.size(), 4u);
+  for (size_t r = 2; r < 4; ++r) {
+    auto tr = rows[r].node();
+    EXPECT_TRUE(tr.child("w:trPr").child("w:cantSplit"));
+    auto tc = tr.child("w:tc");
+    EXPECT_STREQ(tc.child("w:tcPr").child("w:shd").attribute("w:fill").value(), "D9E2F3");
+    EXPECT_STREQ(tc.child("w:p").child("w:pPr").child("w:pStyle").attribute("w:val").value(), "Heading2");
+  }
+}
+
+TEST(TableRows, RowCloneLeavesExactlyCountRowsWithTagsInOrder) {
+  for (int count : {1, 2, 5}) {
+    Session s(Heading("Loads") + Tbl({Tr({Tc("Name"), Tc("Value")}), Tr({Tc("<L_Name/>"), Tc("<L_Val/>")}), Tr({Tc("foot"), Tc("")})}) +
+              P("") + P("end"));
+    ASSERT_TRUE(s.FindTag("<L_Name/>"));
+    s.sel->SelectRow();
+    s.sel->Copy();
+    s.sel->InsertRowsBelow();
+    for (int i = 1; i < count; ++i) s.sel->Paste();
+    s.sel->GetRows()->Delete();
+    // Fill copy after copy, as the writers do, each search behind the heading.
+    for (int i = 0; i < count; ++i) {
+      ASSERT_TRUE(s.FindTag("<L_Name/>", 1)) << count << " " << i;
+      s.Type("n" + std::to_string(i));
+      ASSERT_TRUE(s.FindTag("<L_Val/>", 1));
+      s.Type("v" + std::to_string(i));
+    }
+    EXPECT_FALSE(s.FindTag("<L_Name/>", 1));
+    std::string expect = "Name|Value";
+    for (int i = 0; i < count; ++i) expect += ";n" + std::to_string(i) + "|v" + std::to_string(i);
+    expect += ";foot|";
+    EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:Loads", "T[" + expect + "]", "P:", "P:end"})) << count;
+  }
+}
+
+TEST(TableRows, TypingOverASelectedRowWritesIntoItsFirstCell) {
+  Session s(Tbl({Tr({Tc("<A/>"), Tc("b")})}) + P(""));
+  ASSERT_TRUE(s.FindTag("<A/>"));
+  s.sel->InsertRowsBelow();
+  s.Type("first");
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"T[<A/>|b;first|]", "P:"}));
+  // Delete clears whole selected rows but keeps them; Backspace removes them.
+  s.sel->SelectRow();
+  s.sel->Delete();
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"T[<A/>|b;|]", "P:"}));
+  s.sel->SelectRow();
+  s.sel->TypeBackspace();
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"T[<A/>|b]", "P:"}));
+}
+
+TEST(TableClone, CutBackspaceThenParagraphAndNestedPastePerBlock) {
+  // The block is a table nested in the section table's cell, with a spacer after it.
+  std::string block = Tbl({Tr({Tc("<Blk_Name/>"), Tc("<Blk_Val/>")}), Tr({Tc("<Blk_Img/>"), Tc("")})});
+  Session s(Heading("Results") + Tbl({Tr({Tc("<Header_Res/>")}), Tr({TcRaw(P("intro") + block + P(""))})}) + P("") + P("end"));
+  const int blocks = 3;
+  ASSERT_TRUE(s.FindTag("<Blk_Name/>"));
+  s.SelTable()->Select();
+  s.sel->Cut();
+  s.sel->TypeBackspace();
+  for (int i = 0; i < blocks; ++i) {
+    s.sel->TypeParagraph();
+    s.sel->PasteAsNestedTable();
+  }
+  for (int i = 0; i < blocks; ++i) {
+    ASSERT_TRUE(s.FindTag("<Blk_Name/>", 1));
+    s.Type("name" + std::to_string(i));
+    ASSERT_TRUE(s.FindTag("<Blk_Val/>", 1));
+    s.Type("val" + std::to_string(i));
+  }
+  auto body = s.Body();
+  ASSERT_EQ(body.size(), 4u);
+  std::string cell = "intro";
+  for (int i = 0; i < blocks; ++i)
+    cell += "/{name" + std::to_string(i) + "|val" + std::to_string(i) + ";<Blk_Img/>|}/";
+  EXPECT_EQ(body[1], "T[<Header_Res/>;" + cell + "]");
+}
+
+TEST(TableClone, CopiedTemplateTablePastedPerImageAtATag) {
+  // Inserted images: the template table stays, copies go at the content tag of another section.
+  std::string tmpl = Tbl({Tr({Tc("<Image_Custom/>")}), Tr({Tc("<ImageCaption_Custom/>")})});
+  Session s(Heading("Images") + Tbl({Tr({TcRaw(tmpl + P(""))})}) + P("") + Heading("Section") +
+            Tbl({Tr({Tc("<Header_S/>")}), Tr({Tc("<Content_S/>")})}) + P("") + P("end"));
+  ASSERT_TRUE(s.FindTag("<Image_Custom/>"));
+  s.SelTable()->Select();
+  s.sel->Copy();
+  ASSERT_TRUE(s.FindTag("<Content_S/>"));
+  s.sel->Delete();
+  s.sel->Delete();
+  for (int i = 0; i < 2; ++i) {
+    s.sel->PasteAsNestedTable();
+    s.sel->TypeParagraph();
+  }
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_TRUE(s.FindTag("<ImageCaption_Custom/>", 1));
+    s.Type("caption" + std::to_string(i));
+  }
+  auto body = s.Body();
+  ASSERT_EQ(body.size(), 7u);
+  EXPECT_EQ(body[1], "T[{<Image_Custom/>;<ImageCaption_Custom/>}/]");
+  EXPECT_EQ(body[4], "T[<Header_S/>;{<Image_Custom/>;caption0}//{<Image_Custom/>;caption1}//]");
+  // Outside a table PasteAsNestedTable raises, as Word does, and changes nothing.
+  ASSERT_TRUE(s.FindTag("end"));
+  try {
+    s.sel->PasteAsNestedTable();
+    ADD_FAILURE();
+  } catch (const Word::ComError& e) {
+    EXPECT_EQ(e.Error(), Word::WordError(Word::wdErrNotAvailable));
+  }
+}
+
+TEST(MarkedRows, MarkersBecomeCopiesOfTheShadedLabelRow) {
+  // Material blocks: one block row per material, each followed by the curve label row.
+  std::string shade = R"(<w:shd w:val="clear" w:color="auto" w:fill="EEF2F8"/>)";
+  Session s(Heading("Materials") +
+            Tbl({Tr({Tc("<Header_Mat/>", "", 4000)}),
+                 Tr({Tc("<Image_Mat1/>"), Tc("<Mat_Name1/>")}),
+                 Tr({Tc("<Label_CurveData/>::", shade + R"(<w:gridSpan w:val="2"/>)", 4000)})},
+                2) +
+            P("") + P("end"));
+  const int n = 3;
+  ASSERT_TRUE(s.FindTag("<Image_Mat1/>"));
+  s.sel->SelectRow();
+  s.sel->Copy();
+  for (int i = 1; i < n; ++i) {
+    if (i == 1) s.sel->InsertRowsBelow();
+    s.Type("<MatImagesRow" + std::to_string(i) + "/>");
+    s.sel->InsertRowsBelow();
+    s.sel->Paste();
+  }
+  s.Type("<MatImagesRow" + std::to_string(n) + "/>");
+  ASSERT_TRUE(s.FindTag("<Label_CurveData/>::"));
+  int colour = s.sel->GetShading()->GetForegroundPatternColor();
+  s.sel->SelectRow();
+  s.sel->Copy();
+  s.sel->GetRows()->Delete();
+  for (int i = 1; i <= n; ++i) {
+    ASSERT_TRUE(s.FindTag("<MatImagesRow" + std::to_string(i) + "/>"));
+    s.sel->Delete();
+    s.sel->SelectRow();
+    s.sel->GetCells()->Merge();
+    s.sel->GetShading()->PutForegroundPatternColor(colour);
+    s.sel->Paste();
+    s.sel->GetRows()->Delete();
+  }
+  std::string block = ";<Image_Mat1/>|<Mat_Name1/>;<Label_CurveData/>::";
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"P:Materials", "T[<Header_Mat/>" + block + block + block + "]", "P:", "P:end"}));
+  // Every label row keeps its shading and its span.
+  std::string xml = s.Xml();
+  size_t at = 0, shaded = 0;
+  while ((at = xml.find("w:fill=\"EEF2F8\"", at)) != std::string::npos) ++shaded, ++at;
+  EXPECT_EQ(shaded, 3u);
+}
+
+TEST(NestedCurves, CurveTableNestedIntoAMergedNewRow) {
+  // Loads: a row per load whose fourth cell holds the curve table; two curves make a new merged row.
+  std::string curve = Tbl({Tr({Tc("<Curve_Load/>")}), Tr({Tc("<Curve_Load_Label/>")})});
+  Session s(Heading("Loads") +
+            Tbl({Tr({Tc("Name"), Tc("Image"), Tc("Details"), Tc("Curve")}),
+                 Tr({Tc("<LoadName/>"), Tc("<Image_Load/>"), Tc("<Details_Load/>"), TcRaw(curve + P(""))})},
+                4) +
+            P("") + P("end"));
+  ASSERT_TRUE(s.FindTag("<LoadName/>"));
+  auto loads = s.SelTable();
+  ASSERT_TRUE(s.FindTag("<Curve_Load/>"));
+  s.SelTable()->Select();
+  s.sel->Cut();
+  s.sel->PasteAsNestedTable();
+  loads->Cell(2, 3)->Select();
+  s.sel->InsertRowsBelow();
+  s.sel->GetCells()->Merge();
+  s.sel->PasteAsNestedTable();
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{
+                          "P:Loads",
+                          "T[Name|Image|Details|Curve;<LoadName/>|<Image_Load/>|<Details_Load/>|{<Curve_Load/>;<Curve_Load_Label/>}/;"
+                          "{<Curve_Load/>;<Curve_Load_Label/>}/]",
+                          "P:", "P:end"}));
+  EXPECT_NE(s.Xml().find("<w:gridSpan w:val=\"4\"/>"), std::string::npos);
+  // The new row's merged cell spans the four grid columns and the table keeps its place.
+  EXPECT_EQ(loads->GetRows()->GetCount(), 3);
+}
+
+TEST(MoveByCell, WalksCellsAndRowsSelectingTheirContent) {
+  Session s(Tbl({Tr({Tc("a"), Tc("b")}), Tr({Tc("c"), Tc("d")})}) + P("x"));
+  ASSERT_TRUE(s.FindTag("a"));
+  EXPECT_EQ(s.sel->MoveRight(Variant(Word::wdCell), Variant(1)), 1);
+  EXPECT_EQ(U8(s.sel->GetText()), "b");
+  EXPECT_EQ(s.sel->MoveRight(Variant(Word::wdCell), Variant(1)), 1);
+  s.Type("C");
+  s.sel->MoveRight(Variant(Word::wdCell), Variant(1));
+  s.sel->MoveRight(Variant(Word::wdCell), Variant(1));  // from the last cell: a new row
+  s.Type("e");
+  s.sel->MoveLeft(Variant(Word::wdCell), Variant(1));
+  s.Type("D");
+  EXPECT_EQ(s.Body(), (std::vector<std::string>{"T[a|b;C|D;e|]", "P:x"}));
+}

@@ -1,0 +1,171 @@
+#pragma once
+// Helpers of the table, clipboard and table-of-contents tests: tables written as
+// XML, a session on a document made in the test, and a compact reading of the
+// saved body ("P:text", "T[a|b;c|d]", nested tables in braces).
+#include <pugixml.hpp>
+
+#include <string>
+#include <vector>
+
+#include "platform/docx/Engine.h"
+#include "platform/word/Word.h"
+#include "tests/support/DocxTestKit.h"
+
+namespace tabletest {
+
+using Word::Variant;
+
+inline std::string Esc(const std::string& t) {
+  std::string o;
+  for (char c : t) {
+    if (c == '<') o += "&lt;";
+    else if (c == '>') o += "&gt;";
+    else if (c == '&') o += "&amp;";
+    else o += c;
+  }
+  return o;
+}
+
+// A cell with one paragraph per '/'-separated text (or raw inner XML when `raw`).
+inline std::string Tc(const std::string& text, const std::string& tcPrExtra = "", int width = 2000,
+                      const std::string& pStyle = "") {
+  std::string ppr = pStyle.empty() ? "" : "<w:pPr><w:pStyle w:val=\"" + pStyle + "\"/></w:pPr>";
+  std::string paras;
+  size_t i = 0;
+  do {
+    size_t j = text.find('/', i);
+    // A tag's own "/>" is no separator.
+    while (j != std::string::npos && j + 1 < text.size() && text[j + 1] == '>') j = text.find('/', j + 1);
+    std::string part = text.substr(i, j == std::string::npos ? std::string::npos : j - i);
+    paras += "<w:p>" + ppr + (part.empty() ? "" : "<w:r><w:t xml:space=\"preserve\">" + Esc(part) + "</w:t></w:r>") + "</w:p>";
+    i = j == std::string::npos ? std::string::npos : j + 1;
+  } while (i != std::string::npos);
+  return "<w:tc><w:tcPr><w:tcW w:w=\"" + std::to_string(width) + "\" w:type=\"dxa\"/>" + tcPrExtra + "</w:tcPr>" + paras + "</w:tc>";
+}
+// A cell holding raw block XML.
+inline std::string TcRaw(const std::string& blocks, const std::string& tcPrExtra = "", int width = 2000) {
+  return "<w:tc><w:tcPr><w:tcW w:w=\"" + std::to_string(width) + "\" w:type=\"dxa\"/>" + tcPrExtra + "</w:tcPr>" + blocks + "</w:tc>";
+}
+inline std::string Tr(const std::vector<std::string>& cells, const std::string& trPr = "") {
+  std::string s = "<w:tr>" + (trPr.empty() ? "" : "<w:trPr>" + trPr + "</w:trPr>");
+  for (auto& c : cells) s += c;
+  return s + "</w:tr>";
+}
+inline std::string Tbl(const std::vector<std::string>& rows, int cols = 0) {
+  std::string grid = "<w:tblGrid>";
+  for (int i = 0; i < cols; ++i) grid += "<w:gridCol w:w=\"2000\"/>";
+  grid += "</w:tblGrid>";
+  std::string s = "<w:tbl><w:tblPr><w:tblW w:w=\"0\" w:type=\"auto\"/></w:tblPr>" + grid;
+  for (auto& r : rows) s += r;
+  return s + "</w:tbl>";
+}
+
+// Paragraph text of a w:p (tabs as \t).
+inline std::string ParaText(pugi::xml_node p) {
+  std::string out;
+  for (auto n : p.select_nodes(".//w:t|.//w:tab")) {
+    if (std::string(n.node().name()) == "w:tab") out += "\t";
+    else out += n.node().text().get();
+  }
+  return out;
+}
+
+std::string TableShape(pugi::xml_node tbl);
+
+// A cell: its paragraphs joined by '/', nested tables in braces.
+inline std::string CellShape(pugi::xml_node tc) {
+  std::string out;
+  bool first = true;
+  for (auto c = tc.first_child(); c; c = c.next_sibling()) {
+    std::string nm = c.name();
+    if (nm == "w:p") {
+      if (!first) out += "/";
+      out += ParaText(c);
+      first = false;
+    } else if (nm == "w:tbl") {
+      if (!first) out += "/";
+      out += "{" + TableShape(c) + "}";
+      first = false;
+    }
+  }
+  return out;
+}
+
+// Rows separated by ';', cells by '|'.
+inline std::string TableShape(pugi::xml_node tbl) {
+  std::string out;
+  for (auto tr = tbl.child("w:tr"); tr; tr = tr.next_sibling("w:tr")) {
+    if (!out.empty()) out += ";";
+    bool first = true;
+    for (auto tc = tr.child("w:tc"); tc; tc = tc.next_sibling("w:tc")) {
+      if (!first) out += "|";
+      out += CellShape(tc);
+      first = false;
+    }
+  }
+  return out;
+}
+
+// The body's blocks: "P:text" or "T[shape]".
+inline std::vector<std::string> BodyShape(const std::string& docxPath) {
+  pugi::xml_document d;
+  std::string xml = docxtest::ReadPart(docxPath, "word/document.xml");
+  d.load_buffer(xml.data(), xml.size());
+  std::vector<std::string> out;
+  for (auto c = d.child("w:document").child("w:body").first_child(); c; c = c.next_sibling()) {
+    std::string nm = c.name();
+    if (nm == "w:p") out.push_back("P:" + ParaText(c));
+    else if (nm == "w:tbl") out.push_back("T[" + TableShape(c) + "]");
+  }
+  return out;
+}
+
+struct Session {
+  Word::Ptr<Word::Application> app;
+  Word::Ptr<Word::Document> doc;
+  Word::Ptr<Word::Selection> sel;
+  docxtest::TempDir dir;
+  std::string saved;
+
+  explicit Session(const docxtest::DocxSpec& spec) {
+    docx::RegisterWordApplication();
+    std::string path = dir.File("in.dotx");
+    docxtest::WriteDocx(path, spec);
+    app = Word::CreateInstance(u"Word.Application");
+    doc = app->GetDocuments()->Add(Variant(Word::String(path.begin(), path.end())));
+    sel = app->GetSelection();
+  }
+  explicit Session(const std::string& body) : Session(MakeSpec(body)) {}
+  static docxtest::DocxSpec MakeSpec(const std::string& body) {
+    docxtest::DocxSpec spec;
+    spec.body = body;
+    return spec;
+  }
+  ~Session() {
+    try {
+      app->Quit();
+    } catch (...) {
+    }
+  }
+  static Word::String W(const std::string& s) { return Word::String(s.begin(), s.end()); }
+  // The report code's tag search.
+  bool FindTag(const std::string& tag, int forward = 0) {
+    if (forward) sel->GoTo(Variant(Word::wdGoToHeading), Variant(Word::wdGoToPrevious));
+    return sel->GetFind()->Execute(Variant(W(tag)), Variant(0), Variant(0), Variant(0), Variant(0), Variant(0),
+                                   Variant(forward), Variant(Word::wdFindContinue), Variant(0), Variant(0), Variant(0),
+                                   Variant(0), Variant(0), Variant(0), Variant(0));
+  }
+  void Type(const std::string& s) { sel->TypeText(W(s)); }
+  Word::Ptr<Word::Table> SelTable() { return sel->GetTables()->Item(1); }
+  std::string Save(const std::string& name = "out.docx") {
+    saved = dir.File(name);
+    doc->SaveAs(Variant(W(saved)), Variant::I2(Word::wdFormatDocumentDefault));
+    return saved;
+  }
+  std::vector<std::string> Body(const std::string& name = "out.docx") { return BodyShape(Save(name)); }
+  std::string Xml() { return docxtest::ReadPart(saved, "word/document.xml"); }
+};
+
+inline std::string U8(const std::u16string& s) { return std::string(s.begin(), s.end()); }
+
+}  // namespace tabletest
