@@ -1,0 +1,108 @@
+// Whole report runs of a large study through the real driver and template: model
+// information with 2,000 bodies and material properties with 200 materials, the two
+// writers that multiply rows and blocks. Each run starts from the template and ends with
+// the saved document, as a user's run does.
+#include <benchmark/benchmark.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unistd.h>
+
+#include "core/Report.h"
+#include "core/framework/COVReportManager.h"
+#include "model/Format.h"
+#include "model/HeaderInfo.h"
+#include "platform/docx/Engine.h"
+#include "platform/host/FixtureHost.h"
+
+namespace {
+
+const CString kPicture = FromUtf8(std::string(ZP_SOURCE_DIR) + "/examples/bracket/pictures/body-gusset.jpg");
+
+CString Text(const char* stem, int n) { return FromUtf8(std::string(stem) + " " + std::to_string(n)); }
+
+FixtureBodyKind Bodies(const char* stem, int count) {
+  FixtureBodyKind kind;
+  kind.headings = {u"Name", u"Treated as", u"Volumetric properties", u"Document"};
+  for (int n = 1; n <= count; ++n)
+    kind.bodies.push_back({{Text(stem, n), u"Solid Body", u"Mass:0.3792 kg\nVolume:4.8e-05 m^3", u"Part.mdl"}, kPicture});
+  return kind;
+}
+
+// 2,000 bodies: 1,200 solids, 400 shells, 50 composites of 4 plies, 350 beams; and
+// `materials` materials with 10 properties, 10 bodies and 2 curves each.
+StudyData LargeStudy(int materials) {
+  StudyData d;
+  d.modelName = u"Large";
+  d.configuration = u"Default";
+  d.modelPicture = kPicture;
+  d.studyName = u"Static 1";
+  d.studyTypeText = u"Static";
+  d.solids = Bodies("Solid", 1200);
+  d.shells = Bodies("Shell", 400);
+  d.beams = Bodies("Beam", 350);
+  d.composites.headings = {u"Name", u"Composite properties"};
+  d.composites.plyHeadings = {u"Ply", u"Thickness", u"Angle", u"Area", u"Volume", u"Density", u"Mass", u"Weight"};
+  for (int n = 1; n <= 50; ++n) {
+    FixtureComposite c;
+    c.values = {Text("Laminate", n), u"Total plies: 4", u"Symmetric: No", u"Document:", u"Part.mdl", u"Modified:", u"Nov 20 2026"};
+    c.picture = kPicture;
+    for (int p = 1; p <= 4; ++p)
+      c.plies.push_back({Text("", p), u"0.5 mm", u"0 deg", u"2,304 mm^2", u"1,152 mm^3", u"1,600 kg/m^3", u"0.0018 kg", u"0.018 N"});
+    d.composites.bodies.push_back(std::move(c));
+  }
+  for (int m = 1; m <= materials; ++m) {
+    FixtureMaterialData material;
+    material.name = Text("Material", m);
+    material.picture = kPicture;
+    for (int b = 1; b <= 10; ++b) material.bodies.push_back(Text("Body", b));
+    for (int p = 1; p <= 10; ++p) material.properties.push_back({Text("Property", p), u"2e+11 N/m^2"});
+    material.curves = {{u"Stress-strain", kPicture}, {u"S-N curve", kPicture}};
+    d.materials.push_back(std::move(material));
+  }
+  return d;
+}
+
+// One run of the driver with `kind` included (the description always runs).
+void RunReport(const StudyData& data, int kind, const std::string& outDir) {
+  FixtureHost host(std::make_unique<FixtureStudy>(data));
+  host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
+  HostScope scope(host);
+  auto* format = new CZPNewReportFormat(0);
+  format->InitListDefaultFormat(0);
+  for (COVBaseReportSection* section : format->GetSections())
+    section->m_included = section->m_sectionType == kind || section->m_sectionType == kSectionDescription;
+  CZPReport report;
+  report.m_reportName = u"Bench";
+  report.m_documentPath = FromUtf8(outDir + "/bench.docx");
+  report.m_officeVersion = 16;
+  report.SetFormat(format);
+  auto* header = new CZPReportHeaderInfo;
+  header->SetReportFolderPath(FromUtf8(outDir));
+  report.SetHeaderInfo(header);
+  COVReportManager manager;
+  if (report.GenerateWordDoc(host.Study(), &manager) != 1) throw std::runtime_error("the run failed");
+}
+
+void BM_Writer(benchmark::State& state, int kind, int materials) {
+  docx::RegisterWordApplication();
+  const StudyData data = LargeStudy(materials);
+  const std::string outDir = "/tmp/zp_bench_writers_" + std::to_string(::getpid());
+  std::filesystem::create_directories(outDir);
+  for (auto _ : state) RunReport(data, kind, outDir);
+  std::filesystem::remove_all(outDir);
+}
+
+void BM_ModelInformation2000Bodies(benchmark::State& state) { BM_Writer(state, kSectionModelInformation, 0); }
+void BM_MaterialProperties200Materials(benchmark::State& state) {
+  BM_Writer(state, kSectionMaterialProperties, 200);
+}
+// The template alone: start, header, cuts, save. What the two above add to it is the writer.
+void BM_EmptyRun(benchmark::State& state) { BM_Writer(state, kSectionUnits, 0); }
+
+BENCHMARK(BM_EmptyRun)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_ModelInformation2000Bodies)->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(BM_MaterialProperties200Materials)->Unit(benchmark::kMillisecond)->Iterations(2);
+
+}  // namespace
