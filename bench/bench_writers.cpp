@@ -30,21 +30,23 @@ FixtureBodyKind Bodies(const char* stem, int count) {
   return kind;
 }
 
-// 2,000 bodies: 1,200 solids, 400 shells, 50 composites of 4 plies, 350 beams; and
-// `materials` materials with 10 properties, 10 bodies and 2 curves each.
-StudyData LargeStudy(int materials) {
+// `bodies` bodies (2,000: 1,200 solids, 400 shells, 50 composites of 4 plies, 350 beams, and
+// the same shares of fewer); and `materials` materials with 10 properties, 10 bodies and 2
+// curves each.
+StudyData LargeStudy(int bodies, int materials) {
   StudyData d;
   d.modelName = u"Large";
   d.configuration = u"Default";
   d.modelPicture = kPicture;
   d.studyName = u"Static 1";
   d.studyTypeText = u"Static";
-  d.solids = Bodies("Solid", 1200);
-  d.shells = Bodies("Shell", 400);
-  d.beams = Bodies("Beam", 350);
+  const int composites = bodies * 50 / 2000;
+  d.solids = Bodies("Solid", bodies * 1200 / 2000);
+  d.shells = Bodies("Shell", bodies * 400 / 2000);
+  d.beams = Bodies("Beam", bodies - composites - bodies * 1200 / 2000 - bodies * 400 / 2000);
   d.composites.headings = {u"Name", u"Composite properties"};
   d.composites.plyHeadings = {u"Ply", u"Thickness", u"Angle", u"Area", u"Volume", u"Density", u"Mass", u"Weight"};
-  for (int n = 1; n <= 50; ++n) {
+  for (int n = 1; n <= composites; ++n) {
     FixtureComposite c;
     c.values = {Text("Laminate", n), u"Total plies: 4", u"Symmetric: No", u"Document:", u"Part.mdl", u"Modified:", u"Nov 20 2026"};
     c.picture = kPicture;
@@ -85,24 +87,28 @@ void RunReport(const StudyData& data, int kind, const std::string& outDir) {
   if (report.GenerateWordDoc(host.Study(), &manager) != 1) throw std::runtime_error("the run failed");
 }
 
-void BM_Writer(benchmark::State& state, int kind, int materials) {
+void BM_Writer(benchmark::State& state, int kind, int bodies, int materials) {
   docx::RegisterWordApplication();
-  const StudyData data = LargeStudy(materials);
+  const StudyData data = LargeStudy(bodies, materials);
   const std::string outDir = "/tmp/zp_bench_writers_" + std::to_string(::getpid());
   std::filesystem::create_directories(outDir);
   for (auto _ : state) RunReport(data, kind, outDir);
   std::filesystem::remove_all(outDir);
 }
 
-void BM_ModelInformation2000Bodies(benchmark::State& state) { BM_Writer(state, kSectionModelInformation, 0); }
-void BM_MaterialProperties200Materials(benchmark::State& state) {
-  BM_Writer(state, kSectionMaterialProperties, 200);
+// Bodies: the argument (2,000 is the large study; the smaller one shows how the time grows).
+void BM_ModelInformation(benchmark::State& state) {
+  BM_Writer(state, kSectionModelInformation, static_cast<int>(state.range(0)), 0);
+}
+// Materials: the argument.
+void BM_MaterialProperties(benchmark::State& state) {
+  BM_Writer(state, kSectionMaterialProperties, 0, static_cast<int>(state.range(0)));
 }
 // The template alone: start, header, cuts, save. What the two above add to it is the writer.
-void BM_EmptyRun(benchmark::State& state) { BM_Writer(state, kSectionUnits, 0); }
+void BM_EmptyRun(benchmark::State& state) { BM_Writer(state, kSectionUnits, 0, 0); }
 
 BENCHMARK(BM_EmptyRun)->Unit(benchmark::kMillisecond)->Iterations(3);
-BENCHMARK(BM_ModelInformation2000Bodies)->Unit(benchmark::kMillisecond)->Iterations(2);
-BENCHMARK(BM_MaterialProperties200Materials)->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(BM_ModelInformation)->Arg(500)->Arg(2000)->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(BM_MaterialProperties)->Arg(50)->Arg(200)->Unit(benchmark::kMillisecond)->Iterations(2);
 
 }  // namespace

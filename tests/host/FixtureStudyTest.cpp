@@ -75,17 +75,20 @@ TEST(FixtureStudyTest, SampleListsHaveTheShapesTheReportWalks) {
   EXPECT_EQ(solids.GetCount(), 4 + 4 * 3);
   EXPECT_EQ(shells.GetCount(), 4 + 4 * 1);
   EXPECT_EQ(beams.GetCount(), 4 + 4 * 1);
-  EXPECT_EQ(composites.GetCount(), 0);
-  EXPECT_EQ(compositeCount, 0);
+  // One composite of 3 plies: 2 headings, 7 body strings, 8 ply headings, 8 strings a ply.
+  EXPECT_EQ(composites.GetCount(), 2 + 7 + 8 + 8 * 3);
+  EXPECT_EQ(compositeCount, 1);
+  EXPECT_EQ(plies[0], 3);
   EXPECT_EQ(Strings(solids)[4], "Base Plate");
-  // The model, then 3 solids, 1 shell, 1 beam: every path a picture in the folder given.
-  ASSERT_EQ(images.GetCount(), 6);
+  // The model, then 3 solids, 1 shell, 1 composite, 1 beam: every path a picture in the folder given.
+  ASSERT_EQ(images.GetCount(), 7);
   for (const std::string& p : Strings(images)) {
     EXPECT_EQ(fs::path(FixtureNativePath(FromUtf8(p))).parent_path(), scratch.Path()) << p;
     EXPECT_GT(PictureSize(FixtureNativePath(FromUtf8(p))).first, 0) << p;
   }
   EXPECT_NE(Strings(images)[1].find("Solid1"), std::string::npos);
-  EXPECT_NE(Strings(images)[5].find("Beam1"), std::string::npos);
+  EXPECT_NE(Strings(images)[5].find("Composite1"), std::string::npos);
+  EXPECT_NE(Strings(images)[6].find("Beam1"), std::string::npos);
 
   CMaterialList* materials = s->GetMaterialList(1, 1, 0, 1);
   ASSERT_NE(materials, nullptr);

@@ -143,6 +143,11 @@ std::unique_ptr<Report> Generate(const std::string& studyPath, const ReportSetup
     section->m_included = kind == kSectionDescription ? (setup.descriptionIncluded ? 1 : 0)
                                                        : (setup.included.count(kind) ? 1 : 0);
     section->m_commentsOn = 0;
+    // The comments a user typed, as the study file keeps them; the set-up's win.
+    if (auto it = study->Data().comments.find(kind); it != study->Data().comments.end()) {
+      section->m_commentsOn = 1;
+      section->m_comments = it->second;
+    }
     if (auto it = setup.comments.find(kind); it != setup.comments.end()) {
       section->m_commentsOn = 1;
       section->m_comments = FromUtf8(it->second);

@@ -37,6 +37,7 @@ struct ReportSetup {
   std::set<int> included;                 // kinds included besides the description
   bool descriptionIncluded = true;
   std::map<int, std::string> comments;    // kind -> comment; these kinds get m_commentsOn 1
+                                          // (the study file's comments are taken as well)
   std::set<int> commentsOnEmpty;          // kinds with m_commentsOn 1 and an empty comment
   int wizardState = -1;                   // -1: the study file's
   std::multimap<std::string, int> alsoIn; // image name -> a further section the report shows it in
