@@ -204,10 +204,22 @@ class CellImpl : public Word::Cell {
     if (RowIndexOf(r2) < RowIndexOf(r1)) std::swap(r1, r2);
     int a = GridColOfCell(m_tc), b = GridColOfCell(other->m_tc);
     int g1 = std::min(a, b), g2 = std::max(a + GridSpan(m_tc), b + GridSpan(other->m_tc)) - 1;
+    // An object's merge leaves the selection where it was in the text.
+    auto tbl = TableOfRow(r1);
+    Span before = TableSpan(*m_s, tbl);
+    int oldLen = m_s->Length();
     auto merged = MergeCells(*m_s, r1, r2, g1, g2);
     m_tc = merged;
-    Span sp = CellSpan(*m_s, merged);
-    SetSelection(d, m_s, sp.start, sp.end);
+    if (d.sel.story == m_s) {
+      int delta = m_s->Length() - oldLen;
+      if (d.sel.start >= before.end) {
+        d.sel.start += delta;
+        d.sel.end += delta;
+      } else if (d.sel.end > before.start) {
+        Span sp = CellSpan(*m_s, merged);
+        SetSelection(d, m_s, sp.start, sp.start);
+      }
+    }
   }
   void Delete(const Variant& shift) override {
     Check();
@@ -1211,7 +1223,8 @@ void SnapSelection(const DocPtr& doc) {
   if (sel.Collapsed() || !sel.story) return;
   if (ColumnSelectionHolds(d)) return;
   Story& s = *sel.story;
-  auto a = LevelsAt(s, sel.start), b = LevelsAt(s, sel.end - 1);
+  // Extended leftwards, the anchor's cell counts even when the anchor is at its start.
+  auto a = LevelsAt(s, sel.start), b = LevelsAt(s, sel.startActive ? sel.end : sel.end - 1);
   auto contains = [](const std::vector<Level>& l, pugi::xml_node tbl) {
     for (auto& x : l)
       if (x.tbl == tbl) return true;
