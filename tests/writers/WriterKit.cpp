@@ -126,10 +126,15 @@ std::string Str(unsigned id) { return ToUtf8(ZpCommonString(id)); }
 
 std::unique_ptr<Report> Generate(const std::string& studyPath, const ReportSetup& setup,
                                  const std::string& outDir) {
+  return Generate(LoadFixtureStudy(studyPath), setup, outDir);
+}
+
+std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> fixtureStudy, const ReportSetup& setup,
+                                 const std::string& outDir) {
   docx::RegisterWordApplication();
   auto result = std::make_unique<Report>();
 
-  FixtureHost host(LoadFixtureStudy(studyPath));
+  FixtureHost host(std::move(fixtureStudy));
   host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
   if (setup.wizardState >= 0) host.SetWizardState(setup.wizardState);
   HostScope scope(host);

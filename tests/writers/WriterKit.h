@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
 
+#include "platform/host/FixtureStudy.h"
 #include "tests/support/DocxTestKit.h"
 
 namespace wtest {
@@ -77,6 +78,9 @@ int Count(const std::string& text, const std::string& needle);
 // Generates a report of the study file with the report set-up and reads it back. Images of
 // the study file are given to the report in their sections. The document goes into `outDir`.
 std::unique_ptr<Report> Generate(const std::string& studyPath, const ReportSetup& setup,
+                                 const std::string& outDir);
+// The same for a study made by the test (a FixtureStudy, or a class derived from it).
+std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> study, const ReportSetup& setup,
                                  const std::string& outDir);
 
 // The numbered text `id`, in UTF-8.
