@@ -39,10 +39,10 @@ std::string DesignBody() {
 // Runs the writer on the document and gives the body read back.
 void WriteDesignDocuments(DocumentsHost& host, pugi::xml_document& doc) {
   docxtest::TempDir dir;
-  docxtest::DocxSpec spec;
-  spec.body = DesignBody();
+  docxtest::DocxSpec package;
+  package.body = DesignBody();
   const std::string input = dir.File("design.docx");
-  docxtest::WriteDocx(input, spec);
+  docxtest::WriteDocx(input, package);
 
   HostScope scope(host);
   docx::RegisterWordApplication();
