@@ -1,0 +1,273 @@
+// The sample study generated through the library's exported functions, as the add-in loads
+// it, and the saved document read back; cancel and a failing save; the command-line program.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pugixml.hpp>
+
+#include <cstdlib>
+#include <filesystem>
+#include <regex>
+
+#include "apps/StudyArchive.h"
+#include "core/Exports.h"
+#include "core/framework/COVReportManager.h"
+#include "model/Options.h"
+#include "platform/host/FixtureHost.h"
+#include "platform/host/StudyLoader.h"
+#include "platform/host/Utilities.h"
+#include "platform/system/MessageBox.h"
+#include "tests/support/DocxTestKit.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string kBinary = ZP_BINARY_DIR;
+const std::string kSample = std::string(ZP_SOURCE_DIR) + "/examples/bracket/study.json";
+
+// libzpreport.so, loaded once for the whole test program.
+struct Library {
+  void* handle = nullptr;
+  GetZPReportManagerObjectFn getManager = nullptr;
+  GetZPReportOptionsObjectFn getOptions = nullptr;
+  ZpSetRunProgressCallbackFn setProgress = nullptr;
+
+  static Library& Get() {
+    static Library lib = [] {
+      Library l;
+      l.handle = dlopen((kBinary + "/libzpreport.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+      if (l.handle) {
+        l.getManager = reinterpret_cast<GetZPReportManagerObjectFn>(dlsym(l.handle, "GetZPReportManagerObject"));
+        l.getOptions = reinterpret_cast<GetZPReportOptionsObjectFn>(dlsym(l.handle, "GetZPReportOptionsObject"));
+        l.setProgress = reinterpret_cast<ZpSetRunProgressCallbackFn>(dlsym(l.handle, "ZpSetRunProgressCallback"));
+      }
+      return l;
+    }();
+    return lib;
+  }
+};
+
+// Answers each progress step; cancels at step `cancelAt` (0: never).
+struct ProgressLog {
+  int cancelAt = 0;
+  int opened = 0, closed = 0, lastStep = 0, total = 0;
+  static int Callback(void* context, int event, int step, int totalSteps, const char16_t*) {
+    auto* log = static_cast<ProgressLog*>(context);
+    if (event == kZpProgressOpened) {
+      ++log->opened;
+      log->total = totalSteps;
+    } else if (event == kZpProgressClosed) {
+      ++log->closed;
+    } else {
+      log->lastStep = step;
+      return log->cancelAt != 0 && step >= log->cancelAt ? 1 : 0;
+    }
+    return 0;
+  }
+};
+
+// One add-in session: the library's options, a fixture host on the sample study, a manager
+// that holds the study's images, and TMPDIR pointing at a folder of its own.
+struct AddIn {
+  docxtest::TempDir tmp, appData, out;
+  std::string oldTmp;
+  COVReportOptions* options = nullptr;
+  std::unique_ptr<FixtureHost> host;
+  std::unique_ptr<HostScope> scope;
+  COVReportManager* manager = nullptr;
+  ProgressLog progress;
+  ScopedMessageBox box;
+
+  AddIn() {
+    Library& lib = Library::Get();
+    if (const char* t = std::getenv("TMPDIR")) oldTmp = t;
+    setenv("TMPDIR", tmp.Path().c_str(), 1);
+    zpUtilities_c::SetOVAppDataFolder(CString(appData.Path()));
+    lib.getOptions(nullptr, zpapp::kArchiveVersion, &options);
+    host = std::make_unique<FixtureHost>(LoadFixtureStudy(kSample));
+    host->SetReportOptions(options);
+    host->SetReportTemplatePath(CString(kBinary + "/templates"));
+    scope = std::make_unique<HostScope>(*host);
+    lib.getManager(host->Study(), &manager);
+    CMemFile file(zpapp::ManagerArchiveWithImages(host->Study()->Data()));
+    CArchive archive(&file, CArchive::load);
+    manager->Serialize(archive);
+    lib.setProgress(&ProgressLog::Callback, &progress);
+  }
+  ~AddIn() {
+    Library::Get().setProgress(nullptr, nullptr);
+    delete manager;
+    scope.reset();
+    host.reset();
+    delete options;
+    zpUtilities_c::SetOVAppDataFolder(CString());
+    if (oldTmp.empty()) unsetenv("TMPDIR");
+    else setenv("TMPDIR", oldTmp.c_str(), 1);
+  }
+
+  CZPNewReportOptions& Options() { return *static_cast<CZPNewReportOptions*>(options); }
+  void Exclude(int kind) {
+    for (COVBaseReportSection* s : Options().GetFormat(0)->GetSections())
+      if (s->m_sectionType == kind) s->m_included = 0;
+  }
+  std::string Generate(const char* name, const std::string& folder) {
+    CString dir(folder), reportName(name);
+    manager->CreateReport(dir, reportName, 0);
+    return folder + "/Bracket-" + name + ".docx";
+  }
+  std::vector<std::string> FilesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& e : fs::directory_iterator(folder)) names.push_back(e.path().filename().string());
+    return names;
+  }
+};
+
+void CollectText(const pugi::xml_node& node, std::string& out) {
+  for (pugi::xml_node child : node.children()) {
+    const std::string name = child.name();
+    if (name == "w:t") out += child.text().get();
+    else {
+      CollectText(child, out);
+      if (name == "w:p") out += "\n";
+    }
+  }
+}
+
+std::string PartText(const std::string& package, const std::string& part) {
+  const std::string xml = docxtest::ReadPart(package, part);
+  pugi::xml_document doc;
+  doc.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata_single);
+  std::string out;
+  CollectText(doc, out);
+  return out;
+}
+
+bool Has(const std::string& text, const std::string& what) { return text.find(what) != std::string::npos; }
+
+// The tags ("<Name/>") left in a text.
+std::vector<std::string> TagsIn(const std::string& text) {
+  std::vector<std::string> tags;
+  static const std::regex tag("<[A-Za-z_][A-Za-z0-9_ ]*/>");
+  for (auto it = std::sregex_iterator(text.begin(), text.end(), tag); it != std::sregex_iterator(); ++it)
+    tags.push_back(it->str());
+  return tags;
+}
+
+}  // namespace
+
+TEST(SampleReport, GeneratedThroughTheLibraryAndReadBack) {
+  ASSERT_NE(Library::Get().handle, nullptr) << dlerror();
+  AddIn addIn;
+  CZPReportHeaderInfo& header = *addIn.Options().m_headerInfo;
+  header.m_companyOn = header.m_designerOn = 1;
+  header.m_company = u"Acme Works";
+  header.m_designer = u"D. Signer";
+  header.m_headerChoice = 1;
+  addIn.Exclude(8);   // contacts
+  addIn.Exclude(10);  // sensors
+
+  const std::string path = addIn.Generate("Sample", addIn.out.Path());
+  ASSERT_TRUE(fs::exists(path)) << "no document";
+  EXPECT_EQ(addIn.FilesIn(addIn.out.Path()).size(), 1u);
+  EXPECT_EQ(addIn.box.Count(), 0u) << ToUtf8(addIn.box.Last().text);
+  ASSERT_EQ(addIn.manager->m_reports.size(), 1u);
+  EXPECT_EQ(addIn.manager->m_reports.front()->m_reportName, CString(u"Sample"));
+
+  // Progress: the header and every included section, opened and closed once.
+  EXPECT_EQ(addIn.progress.opened, 1);
+  EXPECT_EQ(addIn.progress.closed, 1);
+  EXPECT_GT(addIn.progress.total, 2);
+
+  // The run's captured pictures (.jpg, .bmp) are removed from its scratch folder; the folder
+  // itself goes with them when the host put nothing else there.
+  for (const auto& e : fs::recursive_directory_iterator(addIn.tmp.Path())) {
+    const std::string ext = e.path().extension().string();
+    EXPECT_TRUE(ext != ".jpg" && ext != ".bmp") << e.path();
+  }
+
+  // Page headers: the used lines stay, every placeholder is gone; footers are filled.
+  const std::string firstHeader = PartText(path, "word/header1.xml");
+  const std::string runningHeader = PartText(path, "word/header2.xml");
+  EXPECT_TRUE(Has(firstHeader, "Acme Works"));
+  EXPECT_TRUE(Has(runningHeader, "D. Signer"));
+  EXPECT_TRUE(Has(runningHeader, "Acme Works"));
+  EXPECT_FALSE(Has(firstHeader + runningHeader, "[")) << firstHeader << runningHeader;
+  for (const char* part : {"word/header1.xml", "word/header2.xml", "word/footer1.xml", "word/footer2.xml"}) {
+    const std::string text = PartText(path, part);
+    EXPECT_TRUE(TagsIn(text).empty()) << part << ": " << text;
+  }
+  EXPECT_TRUE(Has(PartText(path, "word/footer1.xml"), "Bracket"));
+
+  // The cover, up to the table of contents: filled, with the model picture, no tag left.
+  const std::string body = docxtest::BodyText(path);
+  const std::size_t toc = body.find("Table of Contents");
+  ASSERT_NE(toc, std::string::npos);
+  const std::string cover = body.substr(0, toc);
+  for (const char* text : {"Bracket", "Static 1", "Static", "D. Signer"}) EXPECT_TRUE(Has(cover, text)) << text;
+  EXPECT_TRUE(TagsIn(cover).empty()) << cover;
+  const std::string xml = docxtest::ReadPart(path, "word/document.xml");
+  EXPECT_TRUE(Has(xml.substr(0, xml.find("Table of Contents")), "<w:drawing>"));
+  EXPECT_TRUE(Has(xml, "w:w=\"11906\"")) << "A4 paper";
+
+  // Excluded sections are cut, with the appendix that every layout leaves out; the
+  // template of inserted images is gone and the images stand in their sections.
+  for (const char* tag : {"<Header_Contact/>", "<Header_SensorResults/>", "<Header_UserDefined/>",
+                          "<Content_Contacts/>", "<Image_Custom/>", "<ImageCaption_Custom/>",
+                          "<Label_CustomImageComments/>", "<ImageComments_Custom/>"})
+    EXPECT_FALSE(Has(body, tag)) << tag;
+  EXPECT_TRUE(Has(body, "von Mises stress under the 1,500 N service load"));
+  EXPECT_TRUE(Has(body, "Material curve"));  // caption switched off: the image's name
+  EXPECT_FALSE(Has(body, "<Content_StudyResults/>"));
+  EXPECT_FALSE(Has(body, "<Content_Assumption/>"));
+
+  if (!docxtest::HaveLibreOffice()) GTEST_SKIP() << "LibreOffice is not installed";
+  const std::string office = docxtest::LibreOfficeText(path);
+  EXPECT_TRUE(Has(office, "Bracket"));
+  EXPECT_TRUE(Has(office, "Acme Works") || Has(office, "Static 1"));
+}
+
+TEST(SampleReport, CancelLeavesNoFileAndAFailingSaveNoPartialFile) {
+  ASSERT_NE(Library::Get().handle, nullptr) << dlerror();
+  {  // Cancel during the sections: Word closes at the next section, nothing is saved.
+    AddIn addIn;
+    addIn.progress.cancelAt = 4;
+    addIn.Generate("Cancelled", addIn.out.Path());
+    EXPECT_TRUE(addIn.FilesIn(addIn.out.Path()).empty());
+    EXPECT_EQ(addIn.progress.lastStep, 4);
+    EXPECT_EQ(addIn.progress.closed, 1);
+    // The report stays in the list, with the path it would have had.
+    ASSERT_EQ(addIn.manager->m_reports.size(), 1u);
+    EXPECT_TRUE(Has(ToUtf8(addIn.manager->m_reports.front()->m_documentPath), "Bracket-Cancelled.docx"));
+  }
+  {  // Cancel at the first step: the run stops before the header is written.
+    AddIn addIn;
+    addIn.progress.cancelAt = 1;
+    addIn.Generate("Early", addIn.out.Path());
+    EXPECT_TRUE(addIn.FilesIn(addIn.out.Path()).empty());
+  }
+  {  // The document's name is taken by a folder: the save fails, silently, leaving nothing.
+    AddIn addIn;
+    fs::create_directory(addIn.out.File("Bracket-Blocked.docx"));
+    addIn.Generate("Blocked", addIn.out.Path());
+    EXPECT_EQ(addIn.FilesIn(addIn.out.Path()), std::vector<std::string>{"Bracket-Blocked.docx"});
+    EXPECT_TRUE(fs::is_empty(addIn.out.File("Bracket-Blocked.docx")));
+    EXPECT_EQ(addIn.box.Count(), 0u);
+  }
+  {  // A folder that does not exist.
+    AddIn addIn;
+    addIn.Generate("Nowhere", addIn.out.File("missing"));
+    EXPECT_FALSE(fs::exists(addIn.out.File("missing")));
+    EXPECT_TRUE(addIn.FilesIn(addIn.out.Path()).empty());
+  }
+}
+
+TEST(SampleReport, CommandLineProgramWritesTheSample) {
+  docxtest::TempDir out;
+  const std::string command = kBinary + "/zpreport generate " + kSample + " --out " + out.Path() +
+                              " --name Sample > " + out.File("stdout.txt") + " 2> " + out.File("stderr.txt");
+  ASSERT_EQ(std::system(command.c_str()), 0) << docxtest::ReadPart(out.File("stderr.txt"), "");
+  EXPECT_TRUE(fs::exists(out.File("Bracket-Sample.docx")));
+  const std::string body = docxtest::BodyText(out.File("Bracket-Sample.docx"));
+  EXPECT_TRUE(Has(body, "Static 1"));
+  EXPECT_FALSE(Has(body, "<Image_Custom/>"));
+}
