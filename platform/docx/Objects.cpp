@@ -1,6 +1,7 @@
 #include "platform/docx/Objects.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -43,13 +44,95 @@ int RowIndexOf(pugi::xml_node tr) {
 }
 
 // ---------------------------------------------------------------- Find
+namespace {
+// Walks paragraphs in search order from the one holding the start point and stops
+// at the first that holds a match in the region searched. Returns 1 (found), 0 (no
+// match anywhere in the region) or -1 (gave up after `budget` paragraphs).
+int WalkFind(Story& story, const String& needle, bool matchCase, bool forward, int wrap, int fromStart,
+             int fromEnd, long long budget, int* ms) {
+  const int n = static_cast<int>(needle.size());
+  const int length = story.Length();
+  auto hay = [&](const Item* it) -> const String& { return matchCase ? it->text : it->folded; };
+  // First (forward) or last (backward) match in `it` at `base` that `ok` accepts.
+  auto scan = [&](const Item* it, int base, auto ok) -> long long {
+    const String& h = hay(it);
+    if (it->kind != Item::Paragraph || static_cast<int>(h.size()) < n) return -1;
+    long long found = -1;
+    for (size_t k = h.find(needle); k != String::npos; k = h.find(needle, k + 1)) {
+      int a = base + static_cast<int>(k);
+      if (!ok(a)) continue;
+      if (forward) return a;
+      found = a;
+    }
+    return found;
+  };
+  int offset = 0;
+  if (forward) {
+    Item* startItem = fromEnd < length ? story.ItemAt(fromEnd, &offset) : nullptr;
+    int base = fromEnd - offset;
+    for (Item* it = startItem; it; base += it->Length(), it = story.Next(it)) {
+      if (--budget < 0) return -1;
+      long long a = scan(it, base, [&](int x) { return x >= fromEnd; });
+      if (a >= 0) { *ms = static_cast<int>(a); return 1; }
+    }
+    if (wrap != Word::wdFindContinue) return 0;
+    base = 0;
+    for (Item* it = story.First(); it; base += it->Length(), it = story.Next(it)) {
+      if (--budget < 0) return -1;
+      long long a = scan(it, base, [&](int x) { return x < fromEnd; });
+      if (a >= 0) { *ms = static_cast<int>(a); return 1; }
+      if (it == startItem) break;
+    }
+    return 0;
+  }
+  Item* startItem = nullptr;
+  int base = 0;
+  if (fromStart > 0) {
+    startItem = story.ItemAt(std::min(fromStart, length) - 1, &offset);
+    base = std::min(fromStart, length) - 1 - offset;
+  }
+  for (Item* it = startItem; it;) {
+    if (--budget < 0) return -1;
+    long long a = scan(it, base, [&](int x) { return x + n <= fromStart; });
+    if (a >= 0) { *ms = static_cast<int>(a); return 1; }
+    it = story.Prev(it);
+    if (it) base -= it->Length();
+  }
+  if (wrap != Word::wdFindContinue) return 0;
+  Item* last = story.Last();
+  base = last ? length - last->Length() : 0;
+  for (Item* it = last; it;) {
+    if (--budget < 0) return -1;
+    long long a = scan(it, base, [&](int x) { return x + n > fromStart; });
+    if (a >= 0) { *ms = static_cast<int>(a); return 1; }
+    if (it == startItem) break;
+    it = story.Prev(it);
+    if (it) base -= it->Length();
+  }
+  return 0;
+}
+}  // namespace
+
 bool FindInStory(Story& story, const String& needleIn, bool matchCase, bool forward, int wrap, int fromStart,
                  int fromEnd, int* ms, int* me) {
   if (needleIn.empty()) return false;
   String needle = matchCase ? needleIn : Fold(needleIn);
   int n = static_cast<int>(needle.size());
+  const String folded = Fold(needleIn);
+  // Walking from the start point costs the distance to the match; the index costs
+  // the number of paragraphs holding the needle's rarest trigram. Walk first, for
+  // as long as the index would have cost, so that repeated tags (cloned rows) are
+  // found in the time of the distance and a rare tag far away in that of the index.
+  std::size_t bound = story.CandidateBound(folded);
+  if (bound == 0) return false;
+  long long budget = bound == SIZE_MAX ? LLONG_MAX : 16 * static_cast<long long>(bound) + 16;
+  switch (WalkFind(story, needle, matchCase, forward, wrap, fromStart, fromEnd, budget, ms)) {
+    case 1: *me = *ms + n; return true;
+    case 0: return false;
+    default: break;
+  }
   bool all = false;
-  std::vector<Item*> cands = story.Candidates(Fold(needleIn), &all);
+  std::vector<Item*> cands = story.Candidates(folded, &all);
   // best in the primary region, best after wrapping
   long long bestP = -1, bestW = -1;
   auto consider = [&](int a) {
@@ -61,19 +144,11 @@ bool FindInStory(Story& story, const String& needleIn, bool matchCase, bool forw
       else if (bestW < 0 || a > bestW) bestW = a;
     }
   };
-  auto scan = [&](Item* it, int base) {
+  for (Item* it : cands) {
     const String& hay = matchCase ? it->text : it->folded;
-    if (static_cast<int>(hay.size()) < n) return;
+    if (static_cast<int>(hay.size()) < n) continue;
+    int base = story.StartOf(it);
     for (size_t k = hay.find(needle); k != String::npos; k = hay.find(needle, k + 1)) consider(base + static_cast<int>(k));
-  };
-  if (all) {
-    int base = 0;
-    for (Item* it = story.First(); it; it = story.Next(it)) {
-      if (it->kind == Item::Paragraph) scan(it, base);
-      base += it->Length();
-    }
-  } else {
-    for (Item* it : cands) scan(it, story.StartOf(it));
   }
   long long best = bestP >= 0 ? bestP : (wrap == Word::wdFindContinue ? bestW : -1);
   if (best < 0) return false;

@@ -492,4 +492,15 @@ std::vector<Item*> Story::Candidates(const String& needle, bool* all) const {
   return out;
 }
 
+std::size_t Story::CandidateBound(const String& needle) const {
+  if (needle.size() < 3) return SIZE_MAX;
+  std::size_t bound = SIZE_MAX;
+  for (size_t i = 0; i + 3 <= needle.size(); ++i) {
+    auto b = m_index.find(Gram(&needle[i]));
+    if (b == m_index.end()) return 0;
+    bound = std::min(bound, b->second.size());
+  }
+  return bound;
+}
+
 }  // namespace docx

@@ -114,6 +114,9 @@ class Story {
   // Paragraphs whose folded text may contain `foldedNeedle` (a superset); `all` is
   // set when the index cannot narrow the search (needles under 3 characters).
   std::vector<Item*> Candidates(const String& foldedNeedle, bool* all) const;
+  // How many paragraphs Candidates would look at: 0 when the needle cannot occur,
+  // SIZE_MAX when the index cannot narrow the search.
+  std::size_t CandidateBound(const String& foldedNeedle) const;
 
   // Walks the tree and builds the sequence afresh.
   void Rebuild();

@@ -12,16 +12,16 @@ namespace coretest {
 
 inline Word::String U16(const std::string& s) { return Word::String(s.begin(), s.end()); }
 
-// The engine, opened on a document made from `spec`.
+// The engine, opened on a document made from `parts`.
 struct Session {
   docxtest::TempDir dir;
   Word::Ptr<Word::Application> app;
   Word::Ptr<Word::Document> doc;
   Word::Ptr<Word::Selection> sel;
 
-  explicit Session(const docxtest::DocxSpec& spec) {
+  explicit Session(const docxtest::DocxParts& parts) {
     const std::string path = dir.File("in.dotx");
-    docxtest::WriteDocx(path, spec);
+    docxtest::WriteDocx(path, parts);
     app = docx::CreateApplication();
     doc = app->GetDocuments()->Add(Word::Variant(U16(path)));
     sel = app->GetSelection();

@@ -16,9 +16,9 @@ int PictureCount(Session& s) { return s.doc->GetInlineShapes()->GetCount(); }
 }  // namespace
 
 TEST(FindTag, BackwardSearchWrapsAndIgnoresLetterCase) {
-  docxtest::DocxSpec spec;
-  spec.body = P("<A/> first") + P("middle") + P("<A/> second");
-  Session s(spec);
+  docxtest::DocxParts parts;
+  parts.body = P("<A/> first") + P("middle") + P("<A/> second");
+  Session s(parts);
   // From the start of the document a backward search wraps round to the last copy.
   ASSERT_TRUE(FindTag(s.sel, u"<A/>", 0));
   TypeString(s.sel, u"X");
@@ -32,9 +32,9 @@ TEST(FindTag, BackwardSearchWrapsAndIgnoresLetterCase) {
 }
 
 TEST(FindTag, ForwardSearchStartsAtTheHeadingAboveTheSelection) {
-  docxtest::DocxSpec spec;
-  spec.body = P("One", "Heading1") + P("<T/> a") + P("Two", "Heading1") + P("<T/> b") + P("<T/> c zz");
-  Session s(spec);
+  docxtest::DocxParts parts;
+  parts.body = P("One", "Heading1") + P("<T/> a") + P("Two", "Heading1") + P("<T/> b") + P("<T/> c zz");
+  Session s(parts);
   ASSERT_TRUE(FindTag(s.sel, u"zz", 0));
   // Copies are filled in document order behind the current heading ...
   ASSERT_TRUE(FindTag(s.sel, u"<T/>", 1));
@@ -54,9 +54,9 @@ TEST(ReplaceTagWithImage, TagAndPictureCases) {
   const CString pngPath(png);
   const CString missing(pictures.File("missing.png"));
 
-  docxtest::DocxSpec spec;
-  spec.body = P("a <Img1/> b") + P("<Img2/>") + P("<Img3/>") + P("<Img4/>") + P("end");
-  Session s(spec);
+  docxtest::DocxParts parts;
+  parts.body = P("a <Img1/> b") + P("<Img2/>") + P("<Img3/>") + P("<Img4/>") + P("end");
+  Session s(parts);
   ScopedMessageBox box;
 
   // A present picture replaces its tag.

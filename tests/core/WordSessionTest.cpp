@@ -25,11 +25,11 @@ CString Lines(std::initializer_list<unsigned> ids) {
 struct TemplateFolder {
   docxtest::TempDir dir;
   explicit TemplateFolder(bool withMainTag = true, bool a4 = false) {
-    docxtest::DocxSpec spec;
-    spec.asTemplate = true;
-    spec.body = docxtest::P("Cover") + docxtest::P(withMainTag ? "<Image_288pxW_MainModel/>" : "<Image_Other/>");
-    if (a4) spec.pageSize = R"(<w:pgSz w:w="11906" w:h="16838"/>)";
-    docxtest::WriteDocx(dir.File("T.dotx"), spec);
+    docxtest::DocxParts parts;
+    parts.asTemplate = true;
+    parts.body = docxtest::P("Cover") + docxtest::P(withMainTag ? "<Image_288pxW_MainModel/>" : "<Image_Other/>");
+    if (a4) parts.pageSize = R"(<w:pgSz w:w="11906" w:h="16838"/>)";
+    docxtest::WriteDocx(dir.File("T.dotx"), parts);
   }
   CString Folder() const { return CString(dir.Path()); }
 };

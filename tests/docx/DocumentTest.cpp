@@ -39,10 +39,10 @@ int Count(const std::string& hay, const std::string& needle) {
 
 TEST(Session, TemplateLadderVersionOptionsAndFactory) {
   TempDir dir;
-  DocxSpec spec;
-  spec.asTemplate = true;
-  spec.body = P("<Image_288pxW_MainModel/>");
-  WriteDocx(dir.File("T.dotx"), spec);
+  DocxParts parts;
+  parts.asTemplate = true;
+  parts.body = P("<Image_288pxW_MainModel/>");
+  WriteDocx(dir.File("T.dotx"), parts);
   auto app = NewApp();
   EXPECT_EQ(U8(app->GetVersion()), "16.0");
   EXPECT_FALSE(app->GetVisible());
@@ -76,12 +76,12 @@ TEST(Session, TemplateLadderVersionOptionsAndFactory) {
 
 TEST(Document, FromTemplateSavedAsDocumentWithPaperAndAttachedTemplate) {
   TempDir dir;
-  DocxSpec spec;
-  spec.asTemplate = true;
-  spec.body = P("Report <Study_Name/>");
-  spec.pageSize = R"(<w:pgSz w:w="15840" w:h="12240" w:orient="landscape"/>)";
-  spec.extraParts["word/glossary/document.xml"] = "<w:glossaryDocument xmlns:w=\"x\"/>";
-  WriteDocx(dir.File("T.dotx"), spec);
+  DocxParts parts;
+  parts.asTemplate = true;
+  parts.body = P("Report <Study_Name/>");
+  parts.pageSize = R"(<w:pgSz w:w="15840" w:h="12240" w:orient="landscape"/>)";
+  parts.extraParts["word/glossary/document.xml"] = "<w:glossaryDocument xmlns:w=\"x\"/>";
+  WriteDocx(dir.File("T.dotx"), parts);
   auto app = NewApp();
   auto doc = app->GetDocuments()->Add(Variant(W(dir.File("T.dotx"))));
   auto ps = doc->GetPageSetup();
@@ -106,9 +106,9 @@ TEST(Document, FromTemplateSavedAsDocumentWithPaperAndAttachedTemplate) {
 
 TEST(Document, SaveAsIsAtomicAndAFailureKeepsTheOldFile) {
   TempDir dir;
-  DocxSpec spec;
-  spec.body = P("first");
-  WriteDocx(dir.File("a.docx"), spec);
+  DocxParts parts;
+  parts.body = P("first");
+  WriteDocx(dir.File("a.docx"), parts);
   auto app = NewApp();
   auto doc = app->GetDocuments()->Add(Variant(W(dir.File("a.docx"))));
   std::string out = dir.File("out.docx");
@@ -137,13 +137,13 @@ TEST(Document, SaveAsIsAtomicAndAFailureKeepsTheOldFile) {
 
 TEST(HeaderFooter, SeekFirstPageThenNextAndBackToTheMainText) {
   TempDir dir;
-  DocxSpec spec;
-  spec.titlePage = true;
-  spec.body = P("main <Label_Date/>");
-  spec.firstHeader = P("[Company Name]") + P("[Company Fax]");
-  spec.header = P("[Designer’s Name]");
-  spec.firstFooter = P("<Label_Simulationof/> <Model_Name/>");
-  WriteDocx(dir.File("t.docx"), spec);
+  DocxParts parts;
+  parts.titlePage = true;
+  parts.body = P("main <Label_Date/>");
+  parts.firstHeader = P("[Company Name]") + P("[Company Fax]");
+  parts.header = P("[Designer’s Name]");
+  parts.firstFooter = P("<Label_Simulationof/> <Model_Name/>");
+  WriteDocx(dir.File("t.docx"), parts);
   auto app = NewApp();
   auto doc = app->GetDocuments()->Add(Variant(W(dir.File("t.docx"))));
   auto sel = app->GetSelection();
@@ -197,9 +197,9 @@ TEST(Pictures, NaturalSizeFromResolutionUniqueIdsAndMediaParts) {
   WriteFile(dir.File("d.jpg"), MakeJpeg(300, 150, 300));
   WriteFile(dir.File("wide.png"), MakePng(2000, 100));  // wider than the text: scaled down
   WriteFile(dir.File("bad.png"), "not a picture");
-  DocxSpec spec;
-  spec.body = P("<A/>") + P("<B/>") + P("<C/>") + P("<D/>") + P("<E/>") + P("<F/>");
-  WriteDocx(dir.File("t.docx"), spec);
+  DocxParts parts;
+  parts.body = P("<A/>") + P("<B/>") + P("<C/>") + P("<D/>") + P("<E/>") + P("<F/>");
+  WriteDocx(dir.File("t.docx"), parts);
   auto app = NewApp();
   auto doc = app->GetDocuments()->Add(Variant(W(dir.File("t.docx"))));
   auto sel = app->GetSelection();
@@ -253,20 +253,20 @@ TEST(Package, HostileAndBrokenPackagesGiveClearErrors) {
   };
   WriteFile(dir.File("junk.docx"), "PK\x03\x04 this is no zip at all");
   expectCorrupt("junk.docx", "not a valid zip");
-  DocxSpec spec;
-  spec.body = P("x");
-  spec.extraParts["word/../../evil.txt"] = "x";
-  WriteDocx(dir.File("slip.docx"), spec);
+  DocxParts parts;
+  parts.body = P("x");
+  parts.extraParts["word/../../evil.txt"] = "x";
+  WriteDocx(dir.File("slip.docx"), parts);
   expectCorrupt("slip.docx", "unsafe entry name");
-  spec.extraParts.clear();
-  spec.body = "<w:p><w:r><w:t>unclosed</w:r></w:p>";
-  WriteDocx(dir.File("broken.docx"), spec);
+  parts.extraParts.clear();
+  parts.body = "<w:p><w:r><w:t>unclosed</w:r></w:p>";
+  WriteDocx(dir.File("broken.docx"), parts);
   expectCorrupt("broken.docx", "broken XML in word/document.xml");
   // A declared size beyond the limits.
   docx::PackageLimits small;
   small.maxTotalBytes = 2000;
-  spec.body = P(std::string(5000, 'a'));
-  WriteDocx(dir.File("big.docx"), spec);
+  parts.body = P(std::string(5000, 'a'));
+  WriteDocx(dir.File("big.docx"), parts);
   docx::Package pkg;
   try {
     pkg.OpenFile(dir.File("big.docx"), small);
@@ -285,16 +285,16 @@ TEST(EndToEnd, SavedDocumentReadsBackInTheEngineAndInLibreOffice) {
   TempDir dir;
   WriteFile(dir.File("pic.png"), MakePng(64, 32, 96));
   std::string cell = "<w:tc><w:tcPr><w:tcW w:w=\"3000\" w:type=\"dxa\"/></w:tcPr>";
-  DocxSpec spec;
-  spec.asTemplate = true;
-  spec.titlePage = true;
-  spec.firstHeader = P("[Company Name]");
-  spec.header = P("Running [Date]");
-  spec.body = P("Title", "Heading1") + P("Model: <Model_Name/> & more") +
+  DocxParts parts;
+  parts.asTemplate = true;
+  parts.titlePage = true;
+  parts.firstHeader = P("[Company Name]");
+  parts.header = P("Running [Date]");
+  parts.body = P("Title", "Heading1") + P("Model: <Model_Name/> & more") +
               "<w:tbl><w:tblGrid><w:gridCol w:w=\"3000\"/><w:gridCol w:w=\"3000\"/></w:tblGrid><w:tr>" + cell +
               P("<Label_A/>") + "</w:tc>" + cell + P("<Value_A/>") + "</w:tc></w:tr></w:tbl>" + P("<Image_X/>") +
               P("Unused <Gone/>") + P("Results", "Heading1") + P("<Rx/> and <Rx/>");
-  WriteDocx(dir.File("T.dotx"), spec);
+  WriteDocx(dir.File("T.dotx"), parts);
   auto app = NewApp();
   auto doc = app->GetDocuments()->Add(Variant(W(dir.File("T.dotx"))));
   auto sel = app->GetSelection();

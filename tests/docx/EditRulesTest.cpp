@@ -19,9 +19,9 @@ struct Doc {
   Word::Ptr<Word::Document> doc;
   Word::Ptr<Word::Selection> sel;
   explicit Doc(const std::string& body) {
-    DocxSpec spec;
-    spec.body = body;
-    WriteDocx(dir.File("in.docx"), spec);
+    DocxParts parts;
+    parts.body = body;
+    WriteDocx(dir.File("in.docx"), parts);
     docx::RegisterWordApplication();
     app = Word::CreateInstance(u"Word.Application");
     doc = app->GetDocuments()->Add(Variant(W(dir.File("in.docx"))));

@@ -16,10 +16,10 @@ struct Session {
   Word::Ptr<Word::Selection> sel;
   TempDir dir;
 
-  explicit Session(const DocxSpec& spec) {
+  explicit Session(const DocxParts& parts) {
     docx::RegisterWordApplication();
     std::string path = dir.File("in.dotx");
-    WriteDocx(path, spec);
+    WriteDocx(path, parts);
     app = Word::CreateInstance(u"Word.Application");
     doc = app->GetDocuments()->Add(Variant(Word::String(path.begin(), path.end())));
     sel = app->GetSelection();
@@ -46,9 +46,9 @@ std::string U8(const std::u16string& s) { return std::string(s.begin(), s.end())
 }  // namespace
 
 TEST(Find, MatchesAcrossRunsCaseInsensitiveAndSelectsTheHit) {
-  DocxSpec spec;
-  spec.body = P("intro") + Runs({"before <Stu", "dy_", "Name/> after"}) + P("tail");
-  Session s(spec);
+  DocxParts parts;
+  parts.body = P("intro") + Runs({"before <Stu", "dy_", "Name/> after"}) + P("tail");
+  Session s(parts);
   EXPECT_TRUE(s.FindTag(u"<study_NAME/>", 0));
   EXPECT_EQ(U8(s.sel->GetText()), "<Study_Name/>");
   EXPECT_EQ(s.sel->GetStart(), 6 + 7);
@@ -57,9 +57,9 @@ TEST(Find, MatchesAcrossRunsCaseInsensitiveAndSelectsTheHit) {
 }
 
 TEST(Find, BackwardWrapsAndForwardStartsAtThePreviousHeading) {
-  DocxSpec spec;
-  spec.body = P("A", "Heading1") + P("<T/> one") + P("B", "Heading1") + P("<T/> two") + P("<T/> three") + P("end");
-  Session s(spec);
+  DocxParts parts;
+  parts.body = P("A", "Heading1") + P("<T/> one") + P("B", "Heading1") + P("<T/> two") + P("<T/> three") + P("end");
+  Session s(parts);
   // Backward from the start wraps round to the last copy.
   ASSERT_TRUE(s.FindTag(u"<T/>", 0));
   EXPECT_EQ(U8(s.sel->GetRange()->GetText()), "<T/>");
@@ -78,12 +78,12 @@ TEST(Find, BackwardWrapsAndForwardStartsAtThePreviousHeading) {
 }
 
 TEST(GoTo, PreviousHeadingByStyleChainAndDirectOutline) {
-  DocxSpec spec;
-  spec.body = P("top") + P("H1", "MyHeading") + P("x") +
+  DocxParts parts;
+  parts.body = P("top") + P("H1", "MyHeading") + P("x") +
               "<w:p><w:pPr><w:outlineLvl w:val=\"2\"/></w:pPr><w:r><w:t>H2</w:t></w:r></w:p>" + P("y <tag/>") +
               "<w:p><w:pPr><w:pStyle w:val=\"Heading1\"/><w:outlineLvl w:val=\"9\"/></w:pPr><w:r><w:t>body</w:t></w:r></w:p>" +
               P("z");
-  Session s(spec);
+  Session s(parts);
   ASSERT_TRUE(s.FindTag(u"<tag/>", 0));
   s.sel->GoTo(Variant(Word::wdGoToHeading), Variant(Word::wdGoToPrevious));
   EXPECT_EQ(U8(s.sel->GetText()), "H");  // collapsed at the start of "H2"
@@ -101,10 +101,10 @@ TEST(GoTo, PreviousHeadingByStyleChainAndDirectOutline) {
 }
 
 TEST(TypeText, KeepsFormattingOfTheReplacedTextAndBreaksLines) {
-  DocxSpec spec;
-  spec.body = "<w:p><w:r><w:t xml:space=\"preserve\">Value: </w:t></w:r><w:r><w:rPr><w:b/><w:color w:val=\"FF0000\"/></w:rPr>"
+  DocxParts parts;
+  parts.body = "<w:p><w:r><w:t xml:space=\"preserve\">Value: </w:t></w:r><w:r><w:rPr><w:b/><w:color w:val=\"FF0000\"/></w:rPr>"
               "<w:t>&lt;Va</w:t></w:r><w:r><w:rPr><w:i/></w:rPr><w:t>lue/&gt;</w:t></w:r><w:r><w:t xml:space=\"preserve\"> end</w:t></w:r></w:p>";
-  Session s(spec);
+  Session s(parts);
   ASSERT_TRUE(s.FindTag(u"<Value/>", 0));
   s.sel->TypeText(u"  12 kN\nnext");
   EXPECT_EQ(s.sel->GetStart(), s.sel->GetEnd());
@@ -117,9 +117,9 @@ TEST(TypeText, KeepsFormattingOfTheReplacedTextAndBreaksLines) {
 }
 
 TEST(Delete, TagThenParagraphMarkAndBackspaceMerges) {
-  DocxSpec spec;
-  spec.body = P("one") + P("<Gone/>") + P("three") + P("") + P("five");
-  Session s(spec);
+  DocxParts parts;
+  parts.body = P("one") + P("<Gone/>") + P("three") + P("") + P("five");
+  Session s(parts);
   ASSERT_TRUE(s.FindTag(u"<Gone/>", 0));
   EXPECT_EQ(s.sel->Delete(), 1);
   EXPECT_EQ(s.sel->Delete(), 1);  // the empty paragraph's mark: merges with "three"
@@ -135,11 +135,11 @@ TEST(Delete, TagThenParagraphMarkAndBackspaceMerges) {
 
 TEST(Move, CharactersCellMarksAndLinesThroughATable) {
   std::string cell = "<w:tc><w:tcPr><w:tcW w:w=\"2000\" w:type=\"dxa\"/></w:tcPr>";
-  DocxSpec spec;
-  spec.body = P("ab") + "<w:tbl><w:tblGrid><w:gridCol w:w=\"2000\"/><w:gridCol w:w=\"2000\"/></w:tblGrid>"
+  DocxParts parts;
+  parts.body = P("ab") + "<w:tbl><w:tblGrid><w:gridCol w:w=\"2000\"/><w:gridCol w:w=\"2000\"/></w:tblGrid>"
               "<w:tr>" + cell + P("c1") + "</w:tc>" + cell + P("c2") + "</w:tc></w:tr>"
               "<w:tr>" + cell + P("d1") + P("d1b") + "</w:tc>" + cell + P("<d2/>") + "</w:tc></w:tr></w:tbl>" + P("after");
-  Session s(spec);
+  Session s(parts);
   // Positions: ab\r (0-2) c1 mark (3-5) c2 mark (6-8) rowend 9 d1\r (10-12) d1b mark (13-16) <d2/> mark (17-22) rowend 23 after
   EXPECT_EQ(s.sel->GetInformation(Word::wdEndOfRangeRowNumber).AsInt(), -1);
   s.sel->SetRange(5, 5);  // end of c1
@@ -172,4 +172,55 @@ TEST(Move, CharactersCellMarksAndLinesThroughATable) {
   s.sel->SetRange(7, 7);
   s.sel->MoveDown(Variant(Word::wdLine), Variant(1));
   EXPECT_EQ(s.sel->GetStart(), 18);  // same grid column, next row
+}
+
+// Find against a plain scan of the story text, from many start points, both ways,
+// with and without wrapping, for needles that are everywhere, rare and absent (the
+// engine walks from the start point or consults its index depending on how rare the
+// needle is; both must give the match a scan gives).
+TEST(Find, AgreesWithAPlainScanOfTheStory) {
+  const char* pieces[] = {"<A/>", "x <A/> y", "plain", "<A/><A/>", "<Rare/> here", "a<a/>"};
+  std::string body;
+  unsigned seed = 12345;
+  auto next = [&](unsigned m) { seed = seed * 1103515245u + 12345u; return (seed >> 16) % m; };
+  for (int i = 0; i < 400; ++i) {
+    unsigned k = next(40);
+    body += P(k < 2 ? pieces[4] : pieces[k % 4 == 3 ? 5 : k % 4], i % 50 == 0 ? "Heading1" : "");
+  }
+  DocxParts parts;
+  parts.body = body;
+  Session s(parts);
+  const std::u16string text = s.doc->GetContent()->GetText();
+  const int length = static_cast<int>(text.size());
+  for (const std::u16string needle : {u"<a/>", u"<RARE/>", u"<none/>", u"a"}) {
+    std::u16string folded;
+    for (char16_t c : text) folded += (c >= u'A' && c <= u'Z') ? c + 32 : c;
+    std::u16string n;
+    for (char16_t c : needle) n += (c >= u'A' && c <= u'Z') ? c + 32 : c;
+    std::vector<int> hits;
+    for (size_t k = folded.find(n); k != std::u16string::npos; k = folded.find(n, k + 1)) hits.push_back(int(k));
+    for (int trial = 0; trial < 150; ++trial) {
+      int a = int(next(length)), b = int(next(length));
+      int from = std::min(a, b), to = std::max(a, b);
+      bool forward = next(2) == 0;
+      int wrap = next(2) == 0 ? Word::wdFindContinue : Word::wdFindStop;
+      int expected = -1;
+      const int len = int(n.size());
+      if (forward) {
+        for (int h : hits) if (h >= to) { expected = h; break; }
+        if (expected < 0 && wrap == Word::wdFindContinue)
+          for (int h : hits) if (h < to) { expected = h; break; }
+      } else {
+        for (auto h = hits.rbegin(); h != hits.rend(); ++h) if (*h + len <= from) { expected = *h; break; }
+        if (expected < 0 && wrap == Word::wdFindContinue)
+          for (auto h = hits.rbegin(); h != hits.rend(); ++h) if (*h + len > from) { expected = *h; break; }
+      }
+      s.sel->SetRange(from, to);
+      bool found = s.sel->GetFind()->Execute(Variant(needle), Variant(0), Variant(0), Variant(0), Variant(0),
+                                             Variant(0), Variant(forward), Variant(wrap), Variant(0), Variant(0),
+                                             Variant(0), Variant(0), Variant(0), Variant(0), Variant(0));
+      ASSERT_EQ(found, expected >= 0) << U8(needle) << " from " << from << "-" << to << " fwd " << forward;
+      if (found) ASSERT_EQ(s.sel->GetStart(), expected) << U8(needle) << " from " << from << "-" << to;
+    }
+  }
 }

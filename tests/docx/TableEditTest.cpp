@@ -90,10 +90,10 @@ TEST(BeamTable, VerticalMergesPerBeamFilledByCellNumber) {
 }
 
 TEST(BeamTable, TablesAddWithStyleHeadingRowsAndMergedElementCells) {
-  docxtest::DocxSpec spec;
-  spec.body = P("Beams", "Heading1") + P("<Label_ForceBeamName/>") + P("end");
-  spec.extraParts["word/styles.xml"] = kStylesWithTableStyle;
-  Session s(spec);
+  docxtest::DocxParts parts;
+  parts.body = P("Beams", "Heading1") + P("<Label_ForceBeamName/>") + P("end");
+  parts.extraParts["word/styles.xml"] = kStylesWithTableStyle;
+  Session s(parts);
   ASSERT_TRUE(s.FindTag("<Label_ForceBeamName/>"));
   s.Type("Beam-1");
   s.sel->TypeParagraph();

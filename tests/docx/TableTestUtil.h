@@ -127,19 +127,19 @@ struct Session {
   docxtest::TempDir dir;
   std::string saved;
 
-  explicit Session(const docxtest::DocxSpec& spec) {
+  explicit Session(const docxtest::DocxParts& parts) {
     docx::RegisterWordApplication();
     std::string path = dir.File("in.dotx");
-    docxtest::WriteDocx(path, spec);
+    docxtest::WriteDocx(path, parts);
     app = Word::CreateInstance(u"Word.Application");
     doc = app->GetDocuments()->Add(Variant(Word::String(path.begin(), path.end())));
     sel = app->GetSelection();
   }
   explicit Session(const std::string& body) : Session(MakeSpec(body)) {}
-  static docxtest::DocxSpec MakeSpec(const std::string& body) {
-    docxtest::DocxSpec spec;
-    spec.body = body;
-    return spec;
+  static docxtest::DocxParts MakeSpec(const std::string& body) {
+    docxtest::DocxParts parts;
+    parts.body = body;
+    return parts;
   }
   ~Session() {
     try {

@@ -89,12 +89,12 @@ std::string Runs(std::initializer_list<std::string> texts) {
   return s + "</w:p>";
 }
 
-void WriteDocx(const std::string& path, const DocxSpec& spec) {
+void WriteDocx(const std::string& path, const DocxParts& parts) {
   std::remove(path.c_str());
   int err = 0;
   zip_t* z = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &err);
   if (!z) throw std::runtime_error("cannot create " + path);
-  std::string mainCt = spec.asTemplate
+  std::string mainCt = parts.asTemplate
                            ? "application/vnd.openxmlformats-officedocument.wordprocessingml.template.main+xml"
                            : "application/vnd.openxmlformats-officedocument.wordprocessingml.document.main+xml";
   std::string types =
@@ -121,10 +121,10 @@ void WriteDocx(const std::string& path, const DocxSpec& spec) {
             (header ? "header" : "footer") + "\" Target=\"" + name + "\"/>";
     refs += std::string("<w:") + (header ? "headerReference" : "footerReference") + " w:type=\"" + type + "\" r:id=\"" + rid + "\"/>";
   };
-  hf(spec.firstHeader, true, "first");
-  hf(spec.header, true, "default");
-  hf(spec.firstFooter, false, "first");
-  hf(spec.footer, false, "default");
+  hf(parts.firstHeader, true, "first");
+  hf(parts.header, true, "default");
+  hf(parts.firstFooter, false, "first");
+  hf(parts.footer, false, "default");
   types += "</Types>";
   rels += "</Relationships>";
   Add(z, "[Content_Types].xml", types);
@@ -136,11 +136,11 @@ void WriteDocx(const std::string& path, const DocxSpec& spec) {
   Add(z, "word/settings.xml",
       R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><w:settings xmlns:w="http://schemas.openxmlformats.org/wordprocessingml/2006/main"><w:zoom w:percent="100"/><w:defaultTabStop w:val="720"/></w:settings>)");
   std::string doc = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?><w:document " + std::string(kNs) + "><w:body>" +
-                    spec.body + "<w:sectPr>" + refs + spec.sectPrInner + spec.pageSize +
+                    parts.body + "<w:sectPr>" + refs + parts.sectPrInner + parts.pageSize +
                     R"(<w:pgMar w:top="1440" w:right="1440" w:bottom="1440" w:left="1440" w:header="720" w:footer="720" w:gutter="0"/>)" +
-                    (spec.titlePage ? "<w:titlePg/>" : "") + "</w:sectPr></w:body></w:document>";
+                    (parts.titlePage ? "<w:titlePg/>" : "") + "</w:sectPr></w:body></w:document>";
   Add(z, "word/document.xml", doc);
-  for (auto& [name, bytes] : spec.extraParts) Add(z, name, bytes);
+  for (auto& [name, bytes] : parts.extraParts) Add(z, name, bytes);
   if (zip_close(z) != 0) throw std::runtime_error("cannot write " + path);
 }
 

@@ -20,7 +20,7 @@ class TempDir {
   std::string m_path;
 };
 
-struct DocxSpec {
+struct DocxParts {
   std::string body;                  // inner XML of w:body, without the final w:sectPr
   std::string sectPrInner;           // extra children of the final w:sectPr (before pgSz is fine: kept as given)
   bool titlePage = false;            // <w:titlePg/> in the final section
@@ -32,7 +32,7 @@ struct DocxSpec {
 };
 
 // Writes the package to `path` (styles with Heading1..3, Header, Footer, Normal).
-void WriteDocx(const std::string& path, const DocxSpec& spec);
+void WriteDocx(const std::string& path, const DocxParts& parts);
 
 // Paragraph helpers for bodies.
 std::string P(const std::string& text, const std::string& style = {});

@@ -39,7 +39,7 @@ std::string DesignBody() {
 // Runs the writer on the document and gives the body read back.
 void WriteDesignDocuments(DocumentsHost& host, pugi::xml_document& doc) {
   docxtest::TempDir dir;
-  docxtest::DocxSpec package;
+  docxtest::DocxParts package;
   package.body = DesignBody();
   const std::string input = dir.File("design.docx");
   docxtest::WriteDocx(input, package);
