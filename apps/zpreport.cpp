@@ -64,6 +64,7 @@ struct Library {
   GetZPReportManagerObjectFn getManager = nullptr;
   GetZPReportOptionsObjectFn getOptions = nullptr;
   ZpSetRunProgressCallbackFn setProgress = nullptr;
+  ZpSetSectionChoiceFn setSectionChoice = nullptr;
 };
 
 bool LoadLibrary(const fs::path& path, Library& lib) {
@@ -75,6 +76,7 @@ bool LoadLibrary(const fs::path& path, Library& lib) {
   lib.getManager = reinterpret_cast<GetZPReportManagerObjectFn>(dlsym(lib.handle, "GetZPReportManagerObject"));
   lib.getOptions = reinterpret_cast<GetZPReportOptionsObjectFn>(dlsym(lib.handle, "GetZPReportOptionsObject"));
   lib.setProgress = reinterpret_cast<ZpSetRunProgressCallbackFn>(dlsym(lib.handle, "ZpSetRunProgressCallback"));
+  lib.setSectionChoice = reinterpret_cast<ZpSetSectionChoiceFn>(dlsym(lib.handle, "ZpSetSectionChoice"));
   if (!lib.getManager || !lib.getOptions) {
     std::cerr << "zpreport: " << path << " does not export the report factory functions\n";
     return false;
@@ -123,6 +125,18 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   COVReportOptions* options = nullptr;
   const CString strings = args.strings.empty() ? CString() : CString(fs::absolute(args.strings).string());
   lib.getOptions(strings.IsEmpty() ? nullptr : strings.GetString(), zpapp::kArchiveVersion, &options);
+
+  // What a user would choose and type in the report dialog comes from the study file.
+  if (lib.setSectionChoice) {
+    const StudyData& data = study->Data();
+    const int studyType = study->GetStudyType();
+    auto included = [&](int kind) { return data.excluded.count(kind) ? 0 : 1; };
+    for (int kind : data.excluded) lib.setSectionChoice(options, studyType, kind, 0, nullptr);
+    if (!data.description.IsEmpty())
+      lib.setSectionChoice(options, studyType, 0, included(0), data.description.GetString());
+    for (const auto& [kind, text] : data.comments)
+      lib.setSectionChoice(options, studyType, kind, included(kind), text.GetString());
+  }
 
   FixtureHost host(std::move(study));
   host.SetReportOptions(options);

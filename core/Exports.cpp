@@ -75,3 +75,23 @@ ZP_EXPORT void ZpSetRunProgressCallback(ZpRunProgressCallback callback, void* co
   g_progressView.Set(callback, context);
   SetRunProgressView(callback ? &g_progressView : nullptr);
 }
+
+ZP_EXPORT int ZpSetSectionChoice(COVReportOptions* options, int studyType, int sectionKind, int included,
+                                 const char16_t* text) {
+  auto* zpOptions = dynamic_cast<CZPNewReportOptions*>(options);
+  COVReportFormat* format = zpOptions ? zpOptions->GetFormat(studyType) : nullptr;
+  if (!format) return 0;
+  for (COVBaseReportSection* section : format->GetSections()) {
+    if (!section || section->getType() != sectionKind) continue;
+    section->m_included = included != 0 ? 1 : 0;
+    if (!text) return 1;
+    if (auto* description = dynamic_cast<CZPNewReportSectionDescription*>(section)) {
+      description->m_description = CString(text).Left(500);  // the dialog's limits
+    } else {
+      section->m_commentsOn = 1;
+      section->m_comments = CString(text).Left(1000);
+    }
+    return 1;
+  }
+  return 0;
+}

@@ -29,4 +29,12 @@ using ZpRunProgressCallback = int (*)(void* context, int event, int step, int to
                                       const char16_t* text);
 // Installs the callback for the runs that follow (null: none). Optional for the loader.
 using ZpSetRunProgressCallbackFn = void (*)(ZpRunProgressCallback callback, void* context);
+
+// Puts into the format that new reports of `studyType` start from what a user chooses in
+// the report dialog for one section: whether it is included, and when `text` is not null,
+// the description (kind 0) or the comment, switched on (any other kind). For a program that
+// makes reports without the dialog. Returns 1, or 0 when that format has no such section.
+// Optional for the loader.
+using ZpSetSectionChoiceFn = int (*)(COVReportOptions* options, int studyType, int sectionKind,
+                                     int included, const char16_t* text);
 }

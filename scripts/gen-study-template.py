@@ -683,7 +683,7 @@ def cover():
         w("insideV", {"val": "nil"})) for c in info.children[0].children]
     return [
         p(style="Title", before=1200, after=0),
-        p(r("<Label_Simulationof/>"), r(" "), r("<Model_Name/>"), style="Title"),
+        p(r("<Label_Simulationof/>"), r("<Model_Name/>"), style="Title"),
         p(r("<Image_288pxW_MainModel/>"), jc="center", before=480, after=480),
         info,
         p(w("r", None, w("br", {"type": "page"}))),

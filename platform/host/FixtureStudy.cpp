@@ -1,6 +1,7 @@
 #include "platform/host/FixtureStudy.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 #include "platform/host/FixturePictures.h"
@@ -93,7 +94,12 @@ void FixtureStudy::SetBlockingStateForSimReport(int state) {
 
 CString FixtureStudy::CapturedPath(const CString& imageFolder, const CString& stem,
                                    const CString& picture) const {
+  // The add-in captures views as JPEG or bitmap files, the two kinds that the report removes
+  // with its image folder: a JPEG picture is copied as it is, any other becomes a bitmap
+  // (lossless; the document stores it as PNG).
   std::string ext = std::filesystem::path(FixtureNativePath(picture)).extension().string();
+  for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  ext = (ext == ".jpg" || ext == ".jpeg") ? ".jpg" : ".bmp";
   CString path = imageFolder;
   if (!path.IsEmpty() && path.back() != u'\\' && path.back() != u'/') path += u'\\';
   return path + m_data.modelName + u"-" + m_data.studyName + u"-" + stem + FromUtf8(ext);

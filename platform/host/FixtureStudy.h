@@ -6,6 +6,7 @@
 // each list operation only lays the strings out in the list's shape. Pictures are files; each
 // picture operation copies the study's picture to where it is asked for (FixturePictures.h).
 #include <map>
+#include <set>
 #include <memory>
 #include <string>
 #include <utility>
@@ -115,6 +116,7 @@ struct StudyData {
   std::vector<FixtureImage> images;
   CString description;
   std::map<int, CString> comments;  // by section kind
+  std::set<int> excluded;           // section kinds the user leaves out of the report
 };
 
 // The section kinds by the names the study file uses ("assumptions" is 1, ...); -1 when unknown.

@@ -366,7 +366,7 @@ void ReadImages(const Reader& r, const Json& root, StudyData& d) {
 void ReadReport(const Reader& r, const Json& root, StudyData& d) {
   const Json* j = Reader::Find(root, "report");
   if (!j) return;
-  r.Object(*j, "report", {"description", "comments"});
+  r.Object(*j, "report", {"description", "comments", "exclude"});
   d.description = r.Text(*j, "report", "description", false);
   if (const Json* comments = Reader::Find(*j, "comments")) {
     if (!comments->is_object())
@@ -376,6 +376,13 @@ void ReadReport(const Reader& r, const Json& root, StudyData& d) {
       int kind = FixtureSectionKind(it.key());
       if (kind <= 0) r.Fail(field, "unknown section (the description has no comment)");
       d.comments[kind] = r.String(it.value(), field);
+    }
+  }
+  if (const Json* exclude = Reader::Find(*j, "exclude")) {
+    if (!exclude->is_array())
+      r.Fail("report.exclude", std::string("expected an array of section names, found ") + KindName(*exclude));
+    for (size_t i = 0; i < exclude->size(); ++i) {
+      d.excluded.insert(SectionKind(r, (*exclude)[i], "report.exclude[" + std::to_string(i) + "]"));
     }
   }
 }

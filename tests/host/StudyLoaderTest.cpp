@@ -68,6 +68,8 @@ const BadCase kBadCases[] = {
      "materials[1].curves[0].picture", "not found"},
     {"comment on the description", [](json& j) { j["report"]["comments"]["description"] = "x"; },
      "report.comments.description", "unknown section"},
+    {"unknown section left out", [](json& j) { j["report"]["exclude"] = {"units", "meshes"}; },
+     "report.exclude[1]", "unknown section \"meshes\""},
     {"unknown format version", [](json& j) { j["format"] = 2; }, "format", "version 2"},
     {"top level not an object", [](json& j) { j = json::array(); }, "(top level)", "expected an object"},
 };
