@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "core/DocumentPrimitives.h"
-#include "core/HeaderWriter.h"
+#include "model/HeaderInfo.h"
 #include "core/Report.h"
 #include "core/RunFlags.h"
 #include "model/Format.h"
@@ -196,8 +196,8 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
       study->GetStudyTypeNameWithSubType(studyTypeText);
       modelName = study->GetModelNameNoPath();
     }
-    WriteStudyReportHeader(*m_headerInfo, m_wordApp, m_wordSelection, scratchFolder, modelName, studyName,
-                           studyTypeText, studyLabel);
+    m_headerInfo->UpdateHeaderDetailsInWordDoc(m_wordApp, m_wordSelection, scratchFolder, modelName, studyName,
+                                               studyTypeText, studyLabel);
 
     if (CZPNewReportSection* description = m_format->GetSection(kSectionDescription)) {
       if (description->m_included != 0 && IsUserCanceled(&box, description->m_title)) return 0;

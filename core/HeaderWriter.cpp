@@ -1,5 +1,5 @@
-#include "core/HeaderWriter.h"
-
+// The writers of a report's identity: first-page header, running header, footers and cover.
+// One pass serves the study and the motion forms, which differ in their tags and texts.
 #include "core/DateText.h"
 #include "core/DocumentPrimitives.h"
 #include "model/HeaderInfo.h"
@@ -226,15 +226,17 @@ private:
 
 }  // namespace
 
-void WriteStudyReportHeader(const CZPReportHeaderInfo& header, const Word::Ptr<Word::Application>& app,
-                            const Word::Ptr<Word::Selection>& selection, const CString& scratchFolder,
-                            const CString& modelName, const CString& studyName,
-                            const CString& studyTypeText, const CString& studyLabel) {
-  HeaderPass(kStudyForm, header, app, selection).Run(scratchFolder, modelName, studyName, studyTypeText, studyLabel);
+void CZPReportHeaderInfo::UpdateHeaderDetailsInWordDoc(Word::Ptr<Word::Application> app,
+                                                       Word::Ptr<Word::Selection> selection, CString scratchFolder,
+                                                       CString modelName, CString studyName, CString studyTypeText,
+                                                       CString studyLabel) const {
+  HeaderPass(kStudyForm, *this, app, selection).Run(scratchFolder, modelName, studyName, studyTypeText, studyLabel);
 }
 
-void WriteMotionReportHeader(const CZPReportHeaderInfo& header, const Word::Ptr<Word::Application>& app,
-                             const Word::Ptr<Word::Selection>& selection, const CString& scratchFolder,
-                             const CString& modelName, const CString& studyName) {
-  HeaderPass(kMotionForm, header, app, selection).Run(scratchFolder, modelName, studyName, CString(), CString());
+// The motion form writes no study type: the cover's fields end with the study's name.
+void CZPReportHeaderInfo::UpdateHeaderDetailsInWordDocForMotionReport(Word::Ptr<Word::Application> app,
+                                                                      Word::Ptr<Word::Selection> selection,
+                                                                      CString scratchFolder, CString modelName,
+                                                                      CString studyName, CString) const {
+  HeaderPass(kMotionForm, *this, app, selection).Run(scratchFolder, modelName, studyName, CString(), CString());
 }

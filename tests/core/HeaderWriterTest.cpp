@@ -4,7 +4,7 @@
 #include <pugixml.hpp>
 
 #include "core/DateText.h"
-#include "core/HeaderWriter.h"
+#include "model/HeaderInfo.h"
 #include "model/HeaderInfo.h"
 #include "platform/system/Resources.h"
 #include "tests/core/CoreTestKit.h"
@@ -57,7 +57,7 @@ Written WriteHeader(const CZPReportHeaderInfo& header, const CString& studyLabel
   auto app = docx::CreateApplication();
   auto doc = app->GetDocuments()->Add(Word::Variant(U16(kTemplate)));
   auto sel = app->GetSelection();
-  WriteStudyReportHeader(header, app, sel, CString(dir.Path()), u"Bracket", u"Static 1", u"Static", studyLabel);
+  header.UpdateHeaderDetailsInWordDoc(app, sel, CString(dir.Path()), u"Bracket", u"Static 1", u"Static", studyLabel);
   const std::string out = dir.File("out.docx");
   doc->SaveAs(Word::Variant(U16(out)), Word::Variant::I2(Word::wdFormatDocumentDefault));
   app->Quit();
