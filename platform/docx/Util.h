@@ -5,14 +5,17 @@
 #include <string>
 #include <string_view>
 
+#include "platform/mfc/Utf.h"
 #include "platform/word/ComError.h"
 
 namespace docx {
 
 using String = std::u16string;
 
-std::string ToUtf8(std::u16string_view s);
-String FromUtf8(std::string_view s);
+// UTF-8 <-> UTF-16 as the framework layer converts (platform/mfc/Utf.h), so that the engine
+// and the report code read the same bytes the same way.
+using ::ToUtf8;
+inline String FromUtf8(std::string_view s) { return Utf16FromUtf8(s); }
 
 // Simple case folding used by Find (Latin, Greek, Cyrillic; other scripts unchanged).
 char16_t FoldChar(char16_t c);

@@ -17,16 +17,14 @@
 
 #include "platform/mfc/AfxTypes.h"
 #include "platform/mfc/Exceptions.h"
+#include "platform/mfc/Utf.h"
 
 class CString;
 
-// UTF-8 <-> UTF-16. Invalid input (a broken UTF-8 sequence, a lone surrogate) becomes U+FFFD.
-std::string ToUtf8(std::u16string_view text);
+// UTF-8 to UTF-16 as a CString (ToUtf8, the other way, is in Utf.h). Invalid input becomes U+FFFD.
 CString FromUtf8(std::string_view text);
 // Windows-1252 ("the system's code page" of an English installation) to UTF-16.
 CString FromCodePage1252(std::string_view text);
-// UTF-32 (wchar_t on this system) to UTF-16.
-std::u16string FromWide(std::wstring_view text);
 
 // Simple case mapping of one UTF-16 unit: ASCII, Latin-1, Latin Extended-A, Greek, Cyrillic.
 char16_t ZpToUpper(char16_t c);
