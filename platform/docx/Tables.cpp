@@ -35,6 +35,28 @@ void CheckInStory(Story& s, pugi::xml_node anyRowOrTable) {
   if (!tr || !s.ItemOf(tr)) NoMember("the table element is no longer in the document");
 }
 
+int EndCol(pugi::xml_node tc) { return GridColOfCell(tc) + GridSpan(tc) - 1; }
+
+// The grid columns a set of cells covers, first to last (first > last when there are none).
+struct GridCols {
+  int first = 1 << 30, last = -1;
+};
+GridCols GridColsOf(const std::vector<pugi::xml_node>& cells) {
+  GridCols cols;
+  for (auto c : cells) {
+    cols.first = std::min(cols.first, GridColOfCell(c));
+    cols.last = std::max(cols.last, EndCol(c));
+  }
+  return cols;
+}
+
+// The row a cell stands in; null for a node outside a row.
+pugi::xml_node RowOfCell(pugi::xml_node tc) {
+  for (auto n = tc.parent(); n; n = n.parent())
+    if (Is(n, "w:tr")) return n;
+  return pugi::xml_node();
+}
+
 // ---------------------------------------------------------------- colours
 std::string HexOf(int bgr) {
   if (bgr == Word::wdColorAutomatic) return "auto";
@@ -234,11 +256,7 @@ class CellImpl : public Word::Cell {
     CheckInStory(*m_s, Row());
     return d;
   }
-  pugi::xml_node Row() const {
-    for (auto n = m_tc.parent(); n; n = n.parent())
-      if (Is(n, "w:tr")) return n;
-    return {};
-  }
+  pugi::xml_node Row() const { return RowOfCell(m_tc); }
 
  private:
   DocPtr m_doc;
@@ -258,21 +276,11 @@ class CellsImpl : public Word::Cells {
   void Merge() override {
     DocModel& d = Live(m_doc);
     if (m_cells.empty()) NotInTable();
-    auto rowOf = [](pugi::xml_node tc) {
-      for (auto n = tc.parent(); n; n = n.parent())
-        if (Is(n, "w:tr")) return n;
-      return pugi::xml_node();
-    };
-    auto first = rowOf(m_cells.front()), last = rowOf(m_cells.back());
+    auto first = RowOfCell(m_cells.front()), last = RowOfCell(m_cells.back());
     CheckInStory(*m_s, first);
     CheckInStory(*m_s, last);
-    int g1 = 1 << 30, g2 = -1;
-    for (auto c : m_cells) {
-      int g = GridColOfCell(c);
-      g1 = std::min(g1, g);
-      g2 = std::max(g2, g + GridSpan(c) - 1);
-    }
-    auto merged = MergeCells(*m_s, first, last, g1, g2);
+    const GridCols cols = GridColsOf(m_cells);
+    auto merged = MergeCells(*m_s, first, last, cols.first, cols.last);
     m_cells = {merged};
     Span sp = CellSpan(*m_s, merged);
     SetSelection(d, m_s, sp.start, sp.end);
@@ -281,12 +289,7 @@ class CellsImpl : public Word::Cells {
     DocModel& d = Live(m_doc);
     if (m_cells.empty()) NotInTable();
     int how = shift.AsIntOr(Word::wdDeleteCellsShiftLeft);
-    auto rowOf = [](pugi::xml_node tc) {
-      for (auto n = tc.parent(); n; n = n.parent())
-        if (Is(n, "w:tr")) return n;
-      return pugi::xml_node();
-    };
-    auto first = rowOf(m_cells.front()), last = rowOf(m_cells.back());
+    auto first = RowOfCell(m_cells.front()), last = RowOfCell(m_cells.back());
     CheckInStory(*m_s, first);
     switch (how) {
       case Word::wdDeleteCellsEntireRow: {
@@ -295,12 +298,8 @@ class CellsImpl : public Word::Cells {
         break;
       }
       case Word::wdDeleteCellsEntireColumn: {
-        int g1 = 1 << 30, g2 = -1;
-        for (auto c : m_cells) {
-          g1 = std::min(g1, GridColOfCell(c));
-          g2 = std::max(g2, GridColOfCell(c) + GridSpan(c) - 1);
-        }
-        DeleteColumns(m_doc, *m_s, TableOfRow(first), g1, g2);
+        const GridCols cols = GridColsOf(m_cells);
+        DeleteColumns(m_doc, *m_s, TableOfRow(first), cols.first, cols.last);
         break;
       }
       case Word::wdDeleteCellsShiftLeft:
@@ -960,8 +959,6 @@ void ColumnImpl::SelectCellRange(const DocPtr& doc, Story& s, pugi::xml_node tbl
   g_columnSel = ColumnSelection{doc.get(), &s, start, end, tbl, g1, g2};
 }
 
-int EndCol(pugi::xml_node tc) { return GridColOfCell(tc) + GridSpan(tc) - 1; }
-
 }  // namespace
 
 // ---------------------------------------------------------------- shared helpers
@@ -1062,19 +1059,24 @@ Word::Ptr<Word::Rows> SelectionRows(const DocPtr& doc) {
   return MakeRows(doc, d.sel.story, a.tr, b.tr, false);
 }
 
+namespace {
+// The grid columns the selection's cells cover, and their table.
+GridCols SelectedGridCols(const DocPtr& doc, DocModel& d, pugi::xml_node* tbl) {
+  auto cells = SelectedCells(doc, *d.sel.story, d.sel.start, d.sel.end);
+  if (cells.empty()) NotInTable();
+  Level a, b;
+  CommonTable(*d.sel.story, d.sel.start, d.sel.end, &a, &b);
+  *tbl = a.tbl;
+  return GridColsOf(cells);
+}
+}  // namespace
+
 Word::Ptr<Word::Columns> SelectionColumns(const DocPtr& doc) {
   DocModel& d = Live(doc);
   if (ColumnSelectionHolds(d)) return MakeColumns(doc, d.sel.story, g_columnSel.tbl, g_columnSel.g1, g_columnSel.g2);
-  auto cells = SelectedCells(doc, *d.sel.story, d.sel.start, d.sel.end);
-  if (cells.empty()) NotInTable();
-  int g1 = 1 << 30, g2 = -1;
-  for (auto c : cells) {
-    g1 = std::min(g1, GridColOfCell(c));
-    g2 = std::max(g2, EndCol(c));
-  }
-  Level a, b;
-  CommonTable(*d.sel.story, d.sel.start, d.sel.end, &a, &b);
-  return MakeColumns(doc, d.sel.story, a.tbl, g1, g2);
+  pugi::xml_node tbl;
+  const GridCols cols = SelectedGridCols(doc, d, &tbl);
+  return MakeColumns(doc, d.sel.story, tbl, cols.first, cols.last);
 }
 
 Word::Ptr<Word::Cells> RangeCells(const DocPtr& doc, Story* story, int start, int end) {
@@ -1137,16 +1139,9 @@ void SelectRow(const DocPtr& doc) {
 
 void SelectColumn(const DocPtr& doc) {
   DocModel& d = Live(doc);
-  auto cells = SelectedCells(doc, *d.sel.story, d.sel.start, d.sel.end);
-  if (cells.empty()) NotInTable();
-  int g1 = 1 << 30, g2 = -1;
-  for (auto c : cells) {
-    g1 = std::min(g1, GridColOfCell(c));
-    g2 = std::max(g2, EndCol(c));
-  }
-  Level a, b;
-  CommonTable(*d.sel.story, d.sel.start, d.sel.end, &a, &b);
-  ColumnImpl::SelectCellRange(doc, *d.sel.story, a.tbl, g1, g2);
+  pugi::xml_node tbl;
+  const GridCols cols = SelectedGridCols(doc, d, &tbl);
+  ColumnImpl::SelectCellRange(doc, *d.sel.story, tbl, cols.first, cols.last);
 }
 
 namespace {
