@@ -1,7 +1,6 @@
 // The header writer on the study template: which page-header lines stay, which go with
 // their paragraph or table, and what the cover and footers say.
 #include <gtest/gtest.h>
-#include <pugixml.hpp>
 
 #include "core/DateText.h"
 #include "model/HeaderInfo.h"
@@ -16,27 +15,6 @@ namespace {
 const std::string kTemplate = std::string(ZP_BINARY_DIR) + "/templates/SimulationReportTemplate_2007.dotx";
 
 std::string Utf8(const CString& s) { return ToUtf8(s); }
-
-void CollectText(const pugi::xml_node& node, std::string& out) {
-  for (pugi::xml_node child : node.children()) {
-    const std::string name = child.name();
-    if (name == "w:t") out += child.text().get();
-    else if (name == "w:p") {
-      CollectText(child, out);
-      out += "\n";
-    } else CollectText(child, out);
-  }
-}
-
-// The text of one part, a line per paragraph.
-std::string PartText(const std::string& package, const std::string& part) {
-  const std::string xml = docxtest::ReadPart(package, part);
-  pugi::xml_document doc;
-  doc.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata_single);
-  std::string out;
-  CollectText(doc, out);
-  return out;
-}
 
 int TableCount(const std::string& package, const std::string& part) {
   const std::string xml = docxtest::ReadPart(package, part);
@@ -62,10 +40,10 @@ Written WriteHeader(const CZPReportHeaderInfo& header, const CString& studyLabel
   doc->SaveAs(Word::Variant(U16(out)), Word::Variant::I2(Word::wdFormatDocumentDefault));
   app->Quit();
   Written w;
-  w.firstHeader = PartText(out, "word/header1.xml");
-  w.runningHeader = PartText(out, "word/header2.xml");
-  w.firstFooter = PartText(out, "word/footer1.xml");
-  w.runningFooter = PartText(out, "word/footer2.xml");
+  w.firstHeader = docxtest::PartText(out, "word/header1.xml");
+  w.runningHeader = docxtest::PartText(out, "word/header2.xml");
+  w.firstFooter = docxtest::PartText(out, "word/footer1.xml");
+  w.runningFooter = docxtest::PartText(out, "word/footer2.xml");
   w.body = docxtest::BodyText(out);
   w.firstHeaderTables = TableCount(out, "word/header1.xml");
   w.runningHeaderTables = TableCount(out, "word/header2.xml");

@@ -2,7 +2,6 @@
 // it, and the saved document read back; cancel and a failing save; the command-line program.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <pugixml.hpp>
 
 #include <cstdlib>
 #include <filesystem>
@@ -122,26 +121,6 @@ struct AddIn {
   }
 };
 
-void CollectText(const pugi::xml_node& node, std::string& out) {
-  for (pugi::xml_node child : node.children()) {
-    const std::string name = child.name();
-    if (name == "w:t") out += child.text().get();
-    else {
-      CollectText(child, out);
-      if (name == "w:p") out += "\n";
-    }
-  }
-}
-
-std::string PartText(const std::string& package, const std::string& part) {
-  const std::string xml = docxtest::ReadPart(package, part);
-  pugi::xml_document doc;
-  doc.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata_single);
-  std::string out;
-  CollectText(doc, out);
-  return out;
-}
-
 bool Has(const std::string& text, const std::string& what) { return text.find(what) != std::string::npos; }
 
 // The tags ("<Name/>") left in a text.
@@ -183,17 +162,17 @@ TEST(SampleReport, GeneratedThroughTheLibraryAndReadBack) {
   for (const auto& e : fs::recursive_directory_iterator(addIn.tmp.Path())) ADD_FAILURE() << "left behind: " << e.path();
 
   // Page headers: the used lines stay, every placeholder is gone; footers are filled.
-  const std::string firstHeader = PartText(path, "word/header1.xml");
-  const std::string runningHeader = PartText(path, "word/header2.xml");
+  const std::string firstHeader = docxtest::PartText(path, "word/header1.xml");
+  const std::string runningHeader = docxtest::PartText(path, "word/header2.xml");
   EXPECT_TRUE(Has(firstHeader, "Acme Works"));
   EXPECT_TRUE(Has(runningHeader, "D. Signer"));
   EXPECT_TRUE(Has(runningHeader, "Acme Works"));
   EXPECT_FALSE(Has(firstHeader + runningHeader, "[")) << firstHeader << runningHeader;
   for (const char* part : {"word/header1.xml", "word/header2.xml", "word/footer1.xml", "word/footer2.xml"}) {
-    const std::string text = PartText(path, part);
+    const std::string text = docxtest::PartText(path, part);
     EXPECT_TRUE(TagsIn(text).empty()) << part << ": " << text;
   }
-  EXPECT_TRUE(Has(PartText(path, "word/footer1.xml"), "Bracket"));
+  EXPECT_TRUE(Has(docxtest::PartText(path, "word/footer1.xml"), "Bracket"));
 
   // The cover, up to the table of contents: filled, with the model picture, no tag left.
   const std::string body = docxtest::BodyText(path);

@@ -7,21 +7,12 @@
 #include <unistd.h>
 
 #include "platform/mfc/Afx.h"
+#include "tests/support/ArchiveBytes.h"
 
 namespace {
 
-using Bytes = std::vector<BYTE>;
-
-template <class F>
-Bytes Store(F write) {
-  CMemFile file;
-  {
-    CArchive ar(&file, CArchive::store);
-    write(ar);
-    ar.Close();
-  }
-  return file.GetData();
-}
+using zptest::Bytes;
+using zptest::StoreBytes;
 
 Bytes Hex(std::initializer_list<int> bytes) {
   Bytes b;
@@ -30,21 +21,21 @@ Bytes Hex(std::initializer_list<int> bytes) {
 }
 
 TEST(ArchiveEncoding, Int32IsFourBytesLittleEndian) {
-  EXPECT_EQ(Store([](CArchive& ar) { ar << 0x01020304; }), Hex({4, 3, 2, 1}));
-  EXPECT_EQ(Store([](CArchive& ar) { ar << -2; }), Hex({0xFE, 0xFF, 0xFF, 0xFF}));
-  EXPECT_EQ(Store([](CArchive& ar) { ar << static_cast<WORD>(0x0102) << static_cast<BYTE>(7); }), Hex({2, 1, 7}));
-  EXPECT_EQ(Store([](CArchive& ar) { ar << static_cast<LONGLONG>(1); }).size(), 8u);
+  EXPECT_EQ(StoreBytes([](CArchive& ar) { ar << 0x01020304; }), Hex({4, 3, 2, 1}));
+  EXPECT_EQ(StoreBytes([](CArchive& ar) { ar << -2; }), Hex({0xFE, 0xFF, 0xFF, 0xFF}));
+  EXPECT_EQ(StoreBytes([](CArchive& ar) { ar << static_cast<WORD>(0x0102) << static_cast<BYTE>(7); }), Hex({2, 1, 7}));
+  EXPECT_EQ(StoreBytes([](CArchive& ar) { ar << static_cast<LONGLONG>(1); }).size(), 8u);
 }
 
 TEST(ArchiveEncoding, StringExamples) {
-  EXPECT_EQ(Store([](CArchive& ar) { ar << CString(_T("Abc")); }),
+  EXPECT_EQ(StoreBytes([](CArchive& ar) { ar << CString(_T("Abc")); }),
             Hex({0xFF, 0xFE, 0xFF, 0x03, 0x41, 0x00, 0x62, 0x00, 0x63, 0x00}));
-  EXPECT_EQ(Store([](CArchive& ar) { ar << CString(); }), Hex({0xFF, 0xFE, 0xFF, 0x00}));
+  EXPECT_EQ(StoreBytes([](CArchive& ar) { ar << CString(); }), Hex({0xFF, 0xFE, 0xFF, 0x00}));
 }
 
 TEST(ArchiveEncoding, LengthLadder) {
   auto prefix = [](std::size_t n, std::size_t count) {
-    Bytes b = Store([n](CArchive& ar) { ar << CString(u'x', static_cast<int>(n)); });
+    Bytes b = StoreBytes([n](CArchive& ar) { ar << CString(u'x', static_cast<int>(n)); });
     EXPECT_EQ(b.size(), count + 2 * n);
     return Bytes(b.begin(), b.begin() + static_cast<long>(count));
   };
@@ -53,7 +44,7 @@ TEST(ArchiveEncoding, LengthLadder) {
   EXPECT_EQ(prefix(0xFFFD, 6), Hex({0xFF, 0xFE, 0xFF, 0xFF, 0xFD, 0xFF}));
   EXPECT_EQ(prefix(0xFFFE, 10), Hex({0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0x00, 0x00}));
   // The 64-bit step of the ladder, written directly.
-  EXPECT_EQ(Store([](CArchive& ar) { ar.WriteStringLength(0x100000000ull, false); }),
+  EXPECT_EQ(StoreBytes([](CArchive& ar) { ar.WriteStringLength(0x100000000ull, false); }),
             Hex({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 1, 0, 0, 0}));
 }
 
@@ -61,7 +52,7 @@ TEST(ArchiveEncoding, StringsOfEveryLadderStepRoundTrip) {
   for (int n : {0, 1, 254, 255, 300, 0xFFFD, 0xFFFE, 0x10005}) {
     CString s(u'\u00E9', n);
     if (n > 2) s.SetAt(1, u'\u4E2D');
-    CMemFile file(Store([&](CArchive& ar) { ar << s << 77; }));
+    CMemFile file(StoreBytes([&](CArchive& ar) { ar << s << 77; }));
     CArchive ar(&file, CArchive::load);
     CString back;
     int tail = 0;
@@ -87,7 +78,7 @@ TEST(ArchiveLoad, AcceptsEightBitStrings) {
 }
 
 TEST(ArchiveLoad, ShortStreamThrowsEndOfFileAndLeavesTheItem) {
-  Bytes full = Store([](CArchive& ar) { ar << 5 << CString(_T("Abc")); });
+  Bytes full = StoreBytes([](CArchive& ar) { ar << 5 << CString(_T("Abc")); });
   for (std::size_t cut = 0; cut < full.size(); ++cut) {
     CMemFile file(Bytes(full.begin(), full.begin() + static_cast<long>(cut)));
     CArchive ar(&file, CArchive::load);
@@ -133,7 +124,7 @@ TEST(ArchiveObjects, StringListAndMapRoundTrip) {
   list.AddTail(_T("two"));
   CMapStringToString map;
   map.SetAt(_T("k"), _T("v"));
-  CMemFile file(Store([&](CArchive& ar) { ar << list << map; }));
+  CMemFile file(StoreBytes([&](CArchive& ar) { ar << list << map; }));
   EXPECT_EQ(file.GetData()[0], 2);  // a 16-bit count
   CArchive ar(&file, CArchive::load);
   CStringList back;

@@ -1,6 +1,6 @@
 #pragma once
 // Shared pieces of the model tests: a temporary application data folder, the archive
-// versions put back after each test, and byte helpers.
+// versions put back after each test, and byte helpers (StoreBytes: tests/support/ArchiveBytes.h).
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -14,6 +14,7 @@
 #include "platform/host/Utilities.h"
 #include "platform/mfc/Afx.h"
 #include "platform/system/MessageBox.h"
+#include "tests/support/ArchiveBytes.h"
 
 namespace zptest {
 
@@ -22,8 +23,6 @@ template <class T>
 const std::type_info& ClassOf(const T* p) {
   return typeid(*p);
 }
-
-using Bytes = std::vector<BYTE>;
 
 class ModelTest : public ::testing::Test {
 protected:
@@ -63,18 +62,6 @@ protected:
   int m_savedArchive = 0;
   int m_savedLoaded = 0;
 };
-
-// Stores an object into bytes.
-template <class F>
-Bytes StoreBytes(F write) {
-  CMemFile file;
-  {
-    CArchive ar(&file, CArchive::store);
-    write(ar);
-    ar.Close();
-  }
-  return file.GetData();
-}
 
 // A little writer of raw records, for archives of older layouts.
 class RawWriter {

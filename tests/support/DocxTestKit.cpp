@@ -197,6 +197,28 @@ std::string BodyText(const std::string& path) {
   return out;
 }
 
+namespace {
+void WtText(const pugi::xml_node& node, std::string& out) {
+  for (pugi::xml_node child : node.children()) {
+    const std::string name = child.name();
+    if (name == "w:t") out += child.text().get();
+    else {
+      WtText(child, out);
+      if (name == "w:p") out += "\n";
+    }
+  }
+}
+}  // namespace
+
+std::string PartText(const std::string& path, const std::string& part) {
+  const std::string xml = ReadPart(path, part);
+  pugi::xml_document doc;
+  doc.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata_single);
+  std::string out;
+  WtText(doc, out);
+  return out;
+}
+
 bool HaveLibreOffice() { return std::system("command -v soffice >/dev/null 2>&1") == 0; }
 
 std::string LibreOfficeText(const std::string& path) {

@@ -44,6 +44,9 @@ bool HasPart(const std::string& path, const std::string& part);
 
 // The plain text of the main story, paragraphs separated by '\n' (UTF-8).
 std::string BodyText(const std::string& path);
+// The text (w:t only: no tabs, breaks or pictures) of one part of a package, a line per
+// paragraph (UTF-8); empty when the part is missing.
+std::string PartText(const std::string& path, const std::string& part);
 
 // True when soffice is on this machine.
 bool HaveLibreOffice();
