@@ -19,11 +19,10 @@ TEST(InsertedImages, EachImageGetsItsOwnTableInListOrderAndTheTemplateGoes) {
        {"caption", ""}, {"captionOn", true}, {"comment", ""}, {"commentOn", true}},
       {{"name", "Third"}, {"picture", file.Picture("third")}, {"section", "units"}},
   };
-  docxtest::TempDir out;
   ReportSetup setup;
   setup.included = {kSectionMaterialProperties, kSectionUnits, kSectionResultantForces, kSectionConclusions};
   setup.alsoIn = {{"Third", kSectionConclusions}};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, setup);
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node materials = report->Section(kSectionMaterialProperties);

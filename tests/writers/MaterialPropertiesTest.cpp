@@ -31,10 +31,7 @@ TEST(MaterialProperties, SeveralMaterialsGetABlockAndACurveRowEach) {
   StudyFile file;
   file.json["materials"] = {Material(file, "Alpha", 0, 0, 0), Material(file, "Beta", 2, 3, 3),
                             Material(file, "Gamma", 1, 1, 4), Material(file, "Delta", 1, 2, 7)};
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionMaterialProperties};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionMaterialProperties});
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionMaterialProperties);
@@ -88,10 +85,7 @@ TEST(MaterialProperties, SeveralMaterialsGetABlockAndACurveRowEach) {
 TEST(MaterialProperties, OneMaterialIsFilledInPlace) {
   StudyFile file;
   file.json["materials"] = {Material(file, "Steel", 2, 4, 2)};
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionMaterialProperties};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionMaterialProperties});
   ASSERT_TRUE(report->generated);
   pugi::xml_node section = report->Section(kSectionMaterialProperties);
   ASSERT_TRUE(section);
@@ -102,10 +96,7 @@ TEST(MaterialProperties, OneMaterialIsFilledInPlace) {
 
 TEST(MaterialProperties, NoMaterialLeavesTheNoneText) {
   StudyFile file;
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionMaterialProperties};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionMaterialProperties});
   ASSERT_TRUE(report->generated);
   pugi::xml_node section = report->Section(kSectionMaterialProperties);
   ASSERT_TRUE(section);
@@ -117,11 +108,10 @@ TEST(MaterialProperties, NoMaterialLeavesTheNoneText) {
 TEST(MaterialProperties, QuickStudyReportsShowNoCurveRows) {
   StudyFile file;
   file.json["materials"] = {Material(file, "Steel", 1, 1, 2), Material(file, "Brass", 1, 1, 0)};
-  docxtest::TempDir out;
   ReportSetup setup;
   setup.included = {kSectionMaterialProperties};
   setup.wizardState = 1;
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, setup);
   ASSERT_TRUE(report->generated);
   pugi::xml_node section = report->Section(kSectionMaterialProperties);
   ASSERT_TRUE(section);

@@ -51,10 +51,7 @@ TEST(ModelInformation, EveryKindGetsOneRowPerBodyAndCompositesTheirPlies) {
         {"bodies", {Composite(file, "SkinA", 3), Composite(file, "SkinB", 1)}}}},
       {"beams", Kind(file, "Beam", 2)},
   };
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionModelInformation};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionModelInformation});
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionModelInformation);
@@ -101,10 +98,7 @@ TEST(ModelInformation, EveryKindGetsOneRowPerBodyAndCompositesTheirPlies) {
 TEST(ModelInformation, OnlyBeamsKeepsTheBeamTableAlone) {
   StudyFile file;
   file.json["bodies"] = {{"beams", Kind(file, "Beam", 1)}};
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionModelInformation};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionModelInformation});
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionModelInformation);
@@ -121,10 +115,7 @@ TEST(ModelInformation, OnlyBeamsKeepsTheBeamTableAlone) {
 
 TEST(ModelInformation, AModelWithoutBodiesKeepsOnlyItsNameTable) {
   StudyFile file;
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionModelInformation};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionModelInformation});
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionModelInformation);
@@ -138,10 +129,7 @@ TEST(ModelInformation, TwoDPlaneStudiesLabelTheirShellsAsSimplification) {
   StudyFile file;
   file.json["study"]["twoDPlane"] = true;
   file.json["bodies"] = {{"shells", Kind(file, "Shell", 2)}};
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionModelInformation};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionModelInformation});
   ASSERT_TRUE(report->generated);
   pugi::xml_node section = report->Section(kSectionModelInformation);
   ASSERT_TRUE(section);

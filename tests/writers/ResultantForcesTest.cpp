@@ -29,10 +29,7 @@ void ExpectForcesTable(const pugi::xml_node& section, const std::string& units, 
 TEST(ResultantForces, BothKindsFillFourTables) {
   StudyFile file;
   file.json["resultantForces"] = {{"reaction", Half("rf")}, {"freeBody", Half("fb")}};
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionResultantForces};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionResultantForces});
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionResultantForces);
@@ -50,10 +47,7 @@ TEST(ResultantForces, BothKindsFillFourTables) {
 TEST(ResultantForces, AHalfWithoutResultsGivesWayToTheNoneText) {
   StudyFile file;
   file.json["resultantForces"] = {{"reaction", Half("rf")}};
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionResultantForces};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionResultantForces});
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionResultantForces);
@@ -69,11 +63,10 @@ TEST(ResultantForces, AHalfWithoutResultsGivesWayToTheNoneText) {
 
 TEST(ResultantForces, NoResultsAtAllShowTheNoneTextTwice) {
   StudyFile file;
-  docxtest::TempDir out;
   ReportSetup setup;
   setup.included = {kSectionResultantForces};
   setup.comments = {{kSectionResultantForces, "No loads were applied."}};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, setup);
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionResultantForces);

@@ -31,10 +31,7 @@ TEST(StudyProperties, StaticStudyWritesThreeTablesAndTheUnits) {
                              {"setup", Pairs(2, "setup")},
                              {"resultOptions", Pairs(1, "result")}};
   file.json["units"] = Pairs(4, "unit");
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionStudyProperties, kSectionUnits};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionStudyProperties, kSectionUnits});
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionStudyProperties);
@@ -69,10 +66,7 @@ TEST(StudyProperties, EmptyListsDropTablesAndHeadingsButKeepTheTagsWithoutRemova
   StudyFile file;
   file.json["study"]["type"] = 1;
   file.json["properties"] = {{"study", Pairs(1, "prop")}};
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionStudyProperties, kSectionUnits};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionStudyProperties, kSectionUnits});
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node section = report->Section(kSectionStudyProperties);
@@ -93,10 +87,7 @@ TEST(StudyProperties, OtherStudyTypesHeadTheSetUpWithTheFixedText) {
   StudyFile file;
   file.json["study"]["type"] = 3;
   file.json["properties"] = {{"study", Pairs(2, "prop")}, {"setup", Pairs(3, "setup")}};
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionStudyProperties};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionStudyProperties});
   ASSERT_TRUE(report->generated);
   pugi::xml_node section = report->Section(kSectionStudyProperties);
   ASSERT_TRUE(section);

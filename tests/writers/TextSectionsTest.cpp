@@ -12,12 +12,11 @@ TEST(TextSections, FullStudyFillsDescriptionComparisonCommentsAndConclusions) {
   StudyFile file;
   file.json["study"]["analysedPicture"] = file.Picture("analysed");
   file.json["report"] = {{"description", "Static analysis of the part."}};
-  docxtest::TempDir out;
   ReportSetup setup;
   setup.included = {kSectionAssumptions, kSectionConclusions};
   setup.comments = {{kSectionAssumptions, "The welds are bonded."}};
   setup.commentsOnEmpty = {kSectionConclusions};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, setup);
   ASSERT_TRUE(report->generated);
 
   pugi::xml_node description = report->Section(Str(50563));
@@ -46,10 +45,7 @@ TEST(TextSections, FullStudyFillsDescriptionComparisonCommentsAndConclusions) {
 
 TEST(TextSections, WithoutAnalysedPictureTheComparisonGoesAndCommentsOffLeaveNoLabel) {
   StudyFile file;  // no analysed picture: the host draws none
-  docxtest::TempDir out;
-  ReportSetup setup;
-  setup.included = {kSectionAssumptions, kSectionConclusions};
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, {kSectionAssumptions, kSectionConclusions});
   ASSERT_TRUE(report->generated);
 
   // An empty description shows the none text.
@@ -69,10 +65,9 @@ TEST(TextSections, WithoutAnalysedPictureTheComparisonGoesAndCommentsOffLeaveNoL
 TEST(TextSections, ExcludedDescriptionKeepsItsTableWithBlanksOnly) {
   StudyFile file;
   file.json["report"] = {{"description", "Not shown"}};
-  docxtest::TempDir out;
   ReportSetup setup;
   setup.descriptionIncluded = false;
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, setup);
   ASSERT_TRUE(report->generated);
 
   // Every other section is excluded: only the cover table and the description's stay.
@@ -89,12 +84,11 @@ TEST(TextSections, ExcludedDescriptionKeepsItsTableWithBlanksOnly) {
 
 TEST(TextSections, QuickStudyConclusionRepeatsItsCommentUnderTheHeading) {
   StudyFile file;
-  docxtest::TempDir out;
   ReportSetup setup;
   setup.included = {kSectionConclusions};
   setup.comments = {{kSectionConclusions, "The part holds."}};
   setup.wizardState = 1;
-  auto report = Generate(file.Write(), setup, out.Path());
+  auto report = Generate(file, setup);
   ASSERT_TRUE(report->generated);
   pugi::xml_node conclusions = report->Section(kSectionConclusions);
   ASSERT_FALSE(conclusions);  // the heading row now holds two paragraphs
@@ -103,10 +97,9 @@ TEST(TextSections, QuickStudyConclusionRepeatsItsCommentUnderTheHeading) {
   EXPECT_NE(text.find(Str(54899) + "\nThe part holds."), std::string::npos) << text;
 
   // With an empty comment no paragraph is added: the heading row reads the title alone.
-  docxtest::TempDir out2;
   setup.comments.clear();
   setup.commentsOnEmpty = {kSectionConclusions};
-  auto plain = Generate(file.Write(), setup, out2.Path());
+  auto plain = Generate(file, setup);
   ASSERT_TRUE(plain->generated);
   EXPECT_TRUE(plain->Section(kSectionConclusions));
 }

@@ -129,6 +129,19 @@ std::unique_ptr<Report> Generate(const std::string& studyPath, const ReportSetup
   return Generate(LoadFixtureStudy(studyPath), setup, outDir);
 }
 
+std::unique_ptr<Report> Generate(const StudyFile& file, const ReportSetup& setup) {
+  auto folder = std::make_unique<docxtest::TempDir>();
+  auto report = Generate(file.Write(), setup, folder->Path());
+  report->folder = std::move(folder);
+  return report;
+}
+
+std::unique_ptr<Report> Generate(const StudyFile& file, const std::set<int>& included) {
+  ReportSetup setup;
+  setup.included = included;
+  return Generate(file, setup);
+}
+
 std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> fixtureStudy, const ReportSetup& setup,
                                  const std::string& outDir) {
   docx::RegisterWordApplication();

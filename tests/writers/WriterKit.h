@@ -50,6 +50,7 @@ public:
   bool generated = false;                 // GenerateWordDoc gave 1
   std::string path;
   pugi::xml_document doc;
+  std::unique_ptr<docxtest::TempDir> folder;  // the document's folder, when the kit made it
 
   // All text of the main story, paragraphs separated by '\n'.
   std::string Text() const;
@@ -82,6 +83,11 @@ std::unique_ptr<Report> Generate(const std::string& studyPath, const ReportSetup
 // The same for a study made by the test (a FixtureStudy, or a class derived from it).
 std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> study, const ReportSetup& setup,
                                  const std::string& outDir);
+// The same for the study file, into a folder of its own that goes with the report.
+std::unique_ptr<Report> Generate(const StudyFile& file, const ReportSetup& setup);
+// The same with the kinds `included` (and the description) and the rest of the set-up as it
+// stands by default.
+std::unique_ptr<Report> Generate(const StudyFile& file, const std::set<int>& included);
 
 // The numbered text `id`, in UTF-8.
 std::string Str(unsigned id);
