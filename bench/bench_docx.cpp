@@ -5,10 +5,8 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
-#include <unistd.h>
 
-#include <zip.h>
-
+#include "bench/BenchKit.h"
 #include "platform/docx/Engine.h"
 #include "platform/word/Word.h"
 
@@ -24,7 +22,6 @@ std::string TagName(int i) {
 
 // A document of `paragraphs` paragraphs with a tag in each, headings every 50.
 std::string MakeDocument(int paragraphs) {
-  std::string path = "/tmp/zp_bench_docx_" + std::to_string(::getpid()) + "_" + std::to_string(paragraphs) + ".docx";
   std::string body;
   body.reserve(static_cast<size_t>(paragraphs) * 120);
   for (int i = 0; i < paragraphs; ++i) {
@@ -34,23 +31,7 @@ std::string MakeDocument(int paragraphs) {
   }
   std::string doc = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\"><w:body>" +
                     body + "<w:sectPr/></w:body></w:document>";
-  int err = 0;
-  zip_t* z = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &err);
-  auto add = [&](const char* name, const std::string& s) {
-    zip_file_add(z, name, zip_source_buffer(z, s.data(), s.size(), 0), ZIP_FL_OVERWRITE);
-  };
-  std::string types =
-      "<?xml version=\"1.0\"?><Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
-      "<Default Extension=\"rels\" ContentType=\"application/vnd.openxmlformats-package.relationships+xml\"/>"
-      "<Override PartName=\"/word/document.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.wordprocessingml.document.main+xml\"/></Types>";
-  std::string rels =
-      "<?xml version=\"1.0\"?><Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
-      "<Relationship Id=\"rId1\" Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument\" Target=\"word/document.xml\"/></Relationships>";
-  add("[Content_Types].xml", types);
-  add("_rels/.rels", rels);
-  add("word/document.xml", doc);
-  zip_close(z);
-  return path;
+  return zpbench::WriteDocument("docx_" + std::to_string(paragraphs), doc);
 }
 
 bool FindTag(const Word::Ptr<Word::Selection>& sel, const std::string& tag, int forward) {
@@ -64,20 +45,18 @@ bool FindTag(const Word::Ptr<Word::Selection>& sel, const std::string& tag, int 
 void BM_FillTags(benchmark::State& state) {
   int n = static_cast<int>(state.range(0));
   std::string path = MakeDocument(n);
-  docx::RegisterWordApplication();
   for (auto _ : state) {
     state.PauseTiming();
-    auto app = Word::CreateInstance(u"Word.Application");
-    app->GetDocuments()->Add(Variant(Word::String(path.begin(), path.end())));
-    auto sel = app->GetSelection();
-    state.ResumeTiming();
-    for (int i = 0; i < n; ++i) {
-      if (!FindTag(sel, TagName(i), i % 2)) state.SkipWithError("tag not found");
-      sel->TypeText(u"1.234 N");
-      sel->MoveRight(Variant(Word::wdCharacter), Variant(1));
+    {
+      zpbench::OpenDocument o(path);
+      state.ResumeTiming();
+      for (int i = 0; i < n; ++i) {
+        if (!FindTag(o.sel, TagName(i), i % 2)) state.SkipWithError("tag not found");
+        o.sel->TypeText(u"1.234 N");
+        o.sel->MoveRight(Variant(Word::wdCharacter), Variant(1));
+      }
+      state.PauseTiming();
     }
-    state.PauseTiming();
-    app->Quit();
     state.ResumeTiming();
   }
   state.SetItemsProcessed(state.iterations() * n);

@@ -6,11 +6,8 @@
 
 #include <cstdio>
 #include <string>
-#include <unistd.h>
 
-#include <zip.h>
-
-#include "platform/docx/Engine.h"
+#include "bench/BenchKit.h"
 #include "platform/word/Word.h"
 
 namespace {
@@ -25,7 +22,6 @@ std::string Cell(const std::string& text) {
 
 // A heading, the row-clone table, and a section table holding the block table.
 std::string MakeDocument() {
-  std::string path = "/tmp/zp_bench_tables_" + std::to_string(::getpid()) + ".docx";
   std::string rowTable = "<w:tbl><w:tblPr><w:tblW w:w=\"0\" w:type=\"auto\"/></w:tblPr><w:tblGrid><w:gridCol w:w=\"3000\"/><w:gridCol w:w=\"3000\"/></w:tblGrid>"
                          "<w:tr>" + Cell("Name") + Cell("Value") + "</w:tr>"
                          "<w:tr>" + Cell("&lt;Row_Name/&gt;") + Cell("&lt;Row_Value/&gt;") + "</w:tr></w:tbl>";
@@ -39,23 +35,7 @@ std::string MakeDocument() {
                      "<w:p/><w:p><w:pPr><w:outlineLvl w:val=\"0\"/></w:pPr><w:r><w:t>Blocks</w:t></w:r></w:p>" + section + "<w:p/>";
   std::string doc = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><w:document " + std::string(kNs) + "><w:body>" + body +
                     "<w:sectPr/></w:body></w:document>";
-  int err = 0;
-  zip_t* z = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &err);
-  auto add = [&](const char* name, const std::string& s) {
-    zip_file_add(z, name, zip_source_buffer(z, s.data(), s.size(), 0), ZIP_FL_OVERWRITE);
-  };
-  std::string types =
-      "<?xml version=\"1.0\"?><Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
-      "<Default Extension=\"rels\" ContentType=\"application/vnd.openxmlformats-package.relationships+xml\"/>"
-      "<Override PartName=\"/word/document.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.wordprocessingml.document.main+xml\"/></Types>";
-  std::string rels =
-      "<?xml version=\"1.0\"?><Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
-      "<Relationship Id=\"rId1\" Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument\" Target=\"word/document.xml\"/></Relationships>";
-  add("[Content_Types].xml", types);
-  add("_rels/.rels", rels);
-  add("word/document.xml", doc);
-  zip_close(z);
-  return path;
+  return zpbench::WriteDocument("tables", doc);
 }
 
 bool FindTag(const Word::Ptr<Word::Selection>& sel, const char16_t* tag) {
@@ -64,17 +44,15 @@ bool FindTag(const Word::Ptr<Word::Selection>& sel, const char16_t* tag) {
                                  Variant(0));
 }
 
-struct Open {
-  Word::Ptr<Word::Application> app;
-  Word::Ptr<Word::Selection> sel;
-  explicit Open(const std::string& path) {
-    docx::RegisterWordApplication();
-    app = Word::CreateInstance(u"Word.Application");
-    app->GetDocuments()->Add(Variant(Word::String(path.begin(), path.end())));
-    sel = app->GetSelection();
-  }
-  ~Open() { app->Quit(); }
-};
+// The writers' row clone of the selected row: SelectRow, Copy, InsertRowsBelow, count-1 Paste,
+// Rows.Delete.
+void CloneSelectedRow(const Word::Ptr<Word::Selection>& sel, int count) {
+  sel->SelectRow();
+  sel->Copy();
+  sel->InsertRowsBelow();
+  for (int i = 1; i < count; ++i) sel->Paste();
+  sel->GetRows()->Delete();
+}
 
 // The row clone: FindTag, SelectRow, Copy, InsertRowsBelow, count-1 Paste, Rows.Delete.
 void BM_RowClone(benchmark::State& state) {
@@ -83,14 +61,10 @@ void BM_RowClone(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     {
-      Open o(path);
+      zpbench::OpenDocument o(path);
       state.ResumeTiming();
       if (!FindTag(o.sel, u"<Row_Name/>")) state.SkipWithError("tag not found");
-      o.sel->SelectRow();
-      o.sel->Copy();
-      o.sel->InsertRowsBelow();
-      for (int i = 1; i < count; ++i) o.sel->Paste();
-      o.sel->GetRows()->Delete();
+      CloneSelectedRow(o.sel, count);
       state.PauseTiming();
       if (o.sel->GetTables()->GetCount() != 0) state.SkipWithError("the selection should stand after the table");
     }
@@ -108,7 +82,7 @@ void BM_TableClone(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     {
-      Open o(path);
+      zpbench::OpenDocument o(path);
       state.ResumeTiming();
       if (!FindTag(o.sel, u"<Blk_Name/>")) state.SkipWithError("tag not found");
       o.sel->GetTables()->Item(1)->Select();
@@ -134,13 +108,9 @@ void BM_FillClonedRows(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     {
-      Open o(path);
+      zpbench::OpenDocument o(path);
       FindTag(o.sel, u"<Row_Name/>");
-      o.sel->SelectRow();
-      o.sel->Copy();
-      o.sel->InsertRowsBelow();
-      for (int i = 1; i < count; ++i) o.sel->Paste();
-      o.sel->GetRows()->Delete();
+      CloneSelectedRow(o.sel, count);
       state.ResumeTiming();
       for (int i = 0; i < count; ++i) {
         if (!FindTag(o.sel, u"<Row_Name/>")) state.SkipWithError("tag not found");
