@@ -15,17 +15,6 @@ namespace tabletest {
 
 using Word::Variant;
 
-inline std::string Esc(const std::string& t) {
-  std::string o;
-  for (char c : t) {
-    if (c == '<') o += "&lt;";
-    else if (c == '>') o += "&gt;";
-    else if (c == '&') o += "&amp;";
-    else o += c;
-  }
-  return o;
-}
-
 // A cell with one paragraph per '/'-separated text (or raw inner XML when `raw`).
 inline std::string Tc(const std::string& text, const std::string& tcPrExtra = "", int width = 2000,
                       const std::string& pStyle = "") {
@@ -37,7 +26,7 @@ inline std::string Tc(const std::string& text, const std::string& tcPrExtra = ""
     // A tag's own "/>" is no separator.
     while (j != std::string::npos && j + 1 < text.size() && text[j + 1] == '>') j = text.find('/', j + 1);
     std::string part = text.substr(i, j == std::string::npos ? std::string::npos : j - i);
-    paras += "<w:p>" + ppr + (part.empty() ? "" : "<w:r><w:t xml:space=\"preserve\">" + Esc(part) + "</w:t></w:r>") + "</w:p>";
+    paras += "<w:p>" + ppr + (part.empty() ? "" : "<w:r><w:t xml:space=\"preserve\">" + docxtest::Escape(part) + "</w:t></w:r>") + "</w:p>";
     i = j == std::string::npos ? std::string::npos : j + 1;
   } while (i != std::string::npos);
   return "<w:tc><w:tcPr><w:tcW w:w=\"" + std::to_string(width) + "\" w:type=\"dxa\"/>" + tcPrExtra + "</w:tcPr>" + paras + "</w:tc>";

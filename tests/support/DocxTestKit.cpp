@@ -45,17 +45,6 @@ const char* kNs =
     R"(xmlns:r="http://schemas.openxmlformats.org/officeDocument/2006/relationships" )"
     R"(xmlns:wp="http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing")";
 
-std::string Escape(const std::string& s) {
-  std::string r;
-  for (char c : s) {
-    if (c == '<') r += "&lt;";
-    else if (c == '>') r += "&gt;";
-    else if (c == '&') r += "&amp;";
-    else r += c;
-  }
-  return r;
-}
-
 const char* kStyles =
     R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
     R"(<w:styles xmlns:w="http://schemas.openxmlformats.org/wordprocessingml/2006/main">)"
@@ -76,6 +65,17 @@ void Add(zip_t* z, const std::string& name, const std::string& data) {
   if (!s || zip_file_add(z, name.c_str(), s, ZIP_FL_OVERWRITE) < 0) throw std::runtime_error("zip add failed");
 }
 }  // namespace
+
+std::string Escape(const std::string& text) {
+  std::string r;
+  for (char c : text) {
+    if (c == '<') r += "&lt;";
+    else if (c == '>') r += "&gt;";
+    else if (c == '&') r += "&amp;";
+    else r += c;
+  }
+  return r;
+}
 
 std::string P(const std::string& text, const std::string& style) {
   std::string ppr = style.empty() ? "" : "<w:pPr><w:pStyle w:val=\"" + style + "\"/></w:pPr>";

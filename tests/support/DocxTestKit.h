@@ -34,6 +34,9 @@ struct DocxParts {
 // Writes the package to `path` (styles with Heading1..3, Header, Footer, Normal).
 void WriteDocx(const std::string& path, const DocxParts& parts);
 
+// Text escaped for XML character data (<, > and &).
+std::string Escape(const std::string& text);
+
 // Paragraph helpers for bodies.
 std::string P(const std::string& text, const std::string& style = {});
 std::string Runs(std::initializer_list<std::string> texts);  // one paragraph, one run per text
