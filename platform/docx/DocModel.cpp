@@ -1,5 +1,6 @@
 #include "platform/docx/DocModel.h"
 
+#include <algorithm>
 #include <cstring>
 #include <ctime>
 #include <functional>
@@ -206,6 +207,7 @@ void DocModel::LoadStyles() {
     info.next = st.child("w:next").attribute("w:val").value();
     info.name = st.child("w:name").attribute("w:val").value();
     if (auto o = st.child("w:pPr").child("w:outlineLvl")) info.outline = o.attribute("w:val").as_int(9);
+    info.node = st;
     if (info.type == "paragraph" && (std::string(st.attribute("w:default").value()) == "1" ||
                                      std::string(st.attribute("w:default").value()) == "true"))
       m_defaultParaStyle = id;
@@ -232,6 +234,27 @@ std::string DocModel::StyleIdByName(const std::string& name) {
     if (n == lower || id == name) return id;
   }
   return {};
+}
+
+std::vector<pugi::xml_node> DocModel::StyleChain(const std::string& styleId) {
+  std::vector<pugi::xml_node> chain;
+  std::string cur = styleId;
+  for (int guard = 0; guard < 32 && !cur.empty(); ++guard) {
+    pugi::xml_node st;
+    auto it = m_styles.find(cur);
+    if (it != m_styles.end()) {
+      st = it->second.node;
+    } else {  // added since loading (a table style, a toc style)
+      std::string part = m_pkg.TargetOfType(m_mainPart, kRelStyles);
+      if (part.empty() || !m_pkg.Has(part)) break;
+      for (auto c : m_pkg.Xml(part).document_element().children("w:style"))
+        if (cur == c.attribute("w:styleId").value()) { st = c; break; }
+    }
+    if (!st || std::find(chain.begin(), chain.end(), st) != chain.end()) break;
+    chain.push_back(st);
+    cur = st.child("w:basedOn").attribute("w:val").value();
+  }
+  return chain;
 }
 
 int DocModel::OutlineLevel(pugi::xml_node p) {

@@ -70,6 +70,9 @@ class DocModel {
   std::string ParagraphStyleId(pugi::xml_node p);
   std::string NextStyleOf(const std::string& styleId);
   std::string StyleIdByName(const std::string& name);  // "" when there is none
+  // The w:style elements of a style and of the styles it is based on, nearest first
+  // (an unknown id or a loop ends the chain). Styles added after loading are found too.
+  std::vector<pugi::xml_node> StyleChain(const std::string& styleId);
 
   int NextDrawingId();      // unique wp:docPr id
   std::string NewPartName(const std::string& prefix, const std::string& ext);  // word/media/image7.png
@@ -107,6 +110,7 @@ class DocModel {
   struct StyleInfo {
     std::string basedOn, next, name, type;
     int outline = -2;  // -2: not given
+    pugi::xml_node node;  // the w:style element
   };
   std::map<std::string, StyleInfo> m_styles;
   std::map<std::string, int> m_outlineCache;

@@ -1,13 +1,18 @@
 // Tables of contents: TOC fields of the main story, rebuilt from its headings.
-// Page numbers need a layout, so the entries carry an estimate and the document
-// asks Word to update its fields when it is opened.
+// Page numbers need a layout, so the entries carry an estimate from a rough flow
+// of the text (PageFlow.h) and the document asks Word to update its fields when
+// it is opened.
 #include <algorithm>
 #include <cctype>
 #include <cstring>
 #include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/docx/Edit.h"
 #include "platform/docx/Objects.h"
+#include "platform/docx/PageFlow.h"
 #include "platform/docx/Tables.h"
 #include "platform/docx/Util.h"
 
@@ -191,6 +196,12 @@ void WriteEntry(pugi::xml_node p, pugi::xml_node before, const Entry& e, const S
   AddRun(host, at, {"w:noProof", "w:webHidden"}).append_child("w:fldChar").append_attribute("w:fldCharType").set_value("end");
 }
 
+// The style of the entries of a level: "toc N" by name, else TOCN.
+std::string EntryStyle(DocModel& d, int level) {
+  std::string have = d.StyleIdByName("toc " + std::to_string(level));
+  return have.empty() ? "TOC" + std::to_string(level) : have;
+}
+
 void SetStyle(pugi::xml_node p, const std::string& style) {
   auto ppr = p.child("w:pPr");
   if (!ppr) ppr = p.prepend_child("w:pPr");
@@ -232,27 +243,19 @@ void TocImpl::Update() {
   int lengthBefore = s.Length();
   int rankFrom = s.RankOf(f.beginPara), rankTo = s.RankOf(f.endPara);
 
-  // Headings with a page estimate (explicit page breaks and page-starting section
-  // breaks before them, plus one).
+  // The headings, outside the field itself.
   std::vector<Entry> entries;
   {
-    int page = 1, rank = 0;
+    int rank = 0;
     for (Item* it = s.First(); it; it = s.Next(it), ++rank) {
-      if (it->kind != Item::Paragraph) continue;
-      if (it->node.child("w:pPr").child("w:pageBreakBefore")) ++page;
-      if (it->IsHeading() && (rank < rankFrom || rank > rankTo)) {
-        int level = it->outline + 1;
-        String text;
-        for (char16_t c : it->text)
-          if (c >= 0x20 || c == u'\t') text.push_back(c == u'\t' ? u' ' : c);
-        size_t a = text.find_first_not_of(u' '), b = text.find_last_not_of(u' ');
-        text = a == String::npos ? String() : text.substr(a, b - a + 1);
-        if (level >= sw.from && level <= sw.to && !text.empty()) entries.push_back({it, level, text, page, {}});
-      }
+      if (it->kind != Item::Paragraph || !it->IsHeading() || (rank >= rankFrom && rank <= rankTo)) continue;
+      int level = it->outline + 1;
+      String text;
       for (char16_t c : it->text)
-        if (c == kPageBreak) ++page;
-      auto sect = it->node.child("w:pPr").child("w:sectPr");
-      if (sect && std::string(sect.child("w:type").attribute("w:val").value()) != "continuous") ++page;
+        if (c >= 0x20 || c == u'\t') text.push_back(c == u'\t' ? u' ' : c);
+      size_t a = text.find_first_not_of(u' '), b = text.find_last_not_of(u' ');
+      text = a == String::npos ? String() : text.substr(a, b - a + 1);
+      if (level >= sw.from && level <= sw.to && !text.empty()) entries.push_back({it, level, text, 1, {}});
     }
   }
 
@@ -294,6 +297,23 @@ void TocImpl::Update() {
   if (sw.links && !entries.empty())
     EnsureStyle(d, "Hyperlink", "Hyperlink", "character",
                 "<w:uiPriority w:val=\"99\"/><w:unhideWhenUsed/><w:rPr><w:color w:val=\"0563C1\"/><w:u w:val=\"single\"/></w:rPr>");
+
+  // Their pages, from a rough layout of the text with the new entries in place of the old.
+  if (sw.pageNumbers && !entries.empty()) {
+    std::vector<pugi::xml_node> headings;
+    std::vector<std::pair<std::string, String>> lines;
+    for (const auto& e : entries) {
+      headings.push_back(e.heading->node);
+      lines.emplace_back(EntryStyle(d, e.level), e.text);
+    }
+    TocStandIn toc;
+    for (Item* it = f.beginPara; it; it = it == f.endPara ? nullptr : s.Next(it))
+      if (it->kind == Item::Paragraph) toc.oldParagraphs.push_back(it->node);
+    toc.endMark = f.end;
+    toc.entries = std::move(lines);
+    std::vector<int> pages = EstimatePages(d, headings, &toc);
+    for (size_t k = 0; k < entries.size(); ++k) entries[k].page = pages[k];
+  }
 
   // Take out the old result: what follows the separator up to the end mark.
   pugi::xml_node pb = f.beginPara->node, pe = f.endPara->node;
@@ -344,9 +364,7 @@ void TocImpl::Update() {
   }
   for (size_t k = 0; k < entries.size(); ++k) {
     const Entry& e = entries[k];
-    std::string style = "TOC" + std::to_string(e.level);
-    std::string have = d.StyleIdByName("toc " + std::to_string(e.level));
-    if (!have.empty()) style = have;
+    std::string style = EntryStyle(d, e.level);
     if (k == 0) {
       if (pbOwnsStart) SetStyle(pb, style);
       WriteEntry(pb, {}, e, sw);
