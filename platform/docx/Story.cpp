@@ -310,17 +310,32 @@ void Story::IndexAdd(Item* it) {
     std::sort(it->grams.begin(), it->grams.end());
     it->grams.erase(std::unique(it->grams.begin(), it->grams.end()), it->grams.end());
   }
-  for (auto g : it->grams) m_index[g].insert(it);
+  it->gramSlots.resize(it->grams.size());
+  for (size_t j = 0; j < it->grams.size(); ++j) {
+    std::vector<Item*>& bucket = m_index[it->grams[j]];
+    it->gramSlots[j] = static_cast<std::uint32_t>(bucket.size());
+    bucket.push_back(it);
+  }
 }
 
 void Story::IndexRemove(Item* it) {
-  for (auto g : it->grams) {
+  for (size_t j = 0; j < it->grams.size(); ++j) {
+    const std::uint64_t g = it->grams[j];
     auto b = m_index.find(g);
     if (b == m_index.end()) continue;
-    b->second.erase(it);
-    if (b->second.empty()) m_index.erase(b);
+    std::vector<Item*>& bucket = b->second;
+    const std::uint32_t slot = it->gramSlots[j];
+    Item* moved = bucket.back();
+    bucket[slot] = moved;
+    bucket.pop_back();
+    if (moved != it) {
+      auto k = std::lower_bound(moved->grams.begin(), moved->grams.end(), g) - moved->grams.begin();
+      moved->gramSlots[static_cast<size_t>(k)] = slot;
+    }
+    if (bucket.empty()) m_index.erase(b);
   }
   it->grams.clear();
+  it->gramSlots.clear();
 }
 
 namespace {
@@ -474,19 +489,22 @@ std::vector<Item*> Story::Candidates(const String& needle, bool* all) const {
     *all = true;
     return out;
   }
-  std::vector<const std::unordered_set<Item*>*> buckets;
+  // The needle's trigrams with their buckets, rarest first.
+  std::vector<std::pair<std::uint64_t, const std::vector<Item*>*>> grams;
   for (size_t i = 0; i + 3 <= needle.size(); ++i) {
     auto b = m_index.find(Gram(&needle[i]));
     if (b == m_index.end()) return out;  // a trigram nowhere: no match at all
-    buckets.push_back(&b->second);
+    grams.emplace_back(b->first, &b->second);
   }
-  std::sort(buckets.begin(), buckets.end(), [](auto* x, auto* y) { return x->size() < y->size(); });
-  buckets.erase(std::unique(buckets.begin(), buckets.end()), buckets.end());
+  std::sort(grams.begin(), grams.end(), [](const auto& x, const auto& y) {
+    return x.second->size() != y.second->size() ? x.second->size() < y.second->size() : x.first < y.first;
+  });
+  grams.erase(std::unique(grams.begin(), grams.end()), grams.end());
   // Candidates: the rarest trigram's paragraphs that also hold the next rarest ones.
-  size_t filters = std::min<size_t>(buckets.size(), 4);
-  for (Item* it : *buckets.front()) {
+  const size_t filters = std::min<size_t>(grams.size(), 4);
+  for (Item* it : *grams.front().second) {
     bool ok = true;
-    for (size_t k = 1; k < filters && ok; ++k) ok = buckets[k]->count(it) != 0;
+    for (size_t k = 1; k < filters && ok; ++k) ok = std::binary_search(it->grams.begin(), it->grams.end(), grams[k].first);
     if (ok) out.push_back(it);
   }
   return out;

@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace docx {
@@ -49,7 +48,8 @@ struct Item {
   String text;                   // one char per position, without the mark
   String folded;                 // text case-folded for Find
   std::vector<Seg> segs;
-  std::vector<std::uint64_t> grams;  // trigram keys registered in the story index
+  std::vector<std::uint64_t> grams;  // trigram keys registered in the story index, sorted
+  std::vector<std::uint32_t> gramSlots;  // where this item stands in each of those buckets
   int outline = -1;              // resolved outline level 0..8, -1 for none
   bool IsHeading() const { return outline >= 0 && outline <= 8; }
   int Length() const { return kind == RowEnd ? 1 : static_cast<int>(text.size()) + 1; }
@@ -134,7 +134,8 @@ class Story {
   pugi::xml_node m_root;
   Item* m_treap = nullptr;
   std::unordered_map<const void*, std::unique_ptr<Item>> m_items;
-  std::unordered_map<std::uint64_t, std::unordered_set<Item*>> m_index;
+  // Trigram -> the paragraphs holding it, in no order (removal swaps the last into the gap).
+  std::unordered_map<std::uint64_t, std::vector<Item*>> m_index;
   std::uint32_t m_seed = 0x9E3779B9u;
 };
 
