@@ -299,9 +299,15 @@ Story* DocModel::FindStory(const std::string& part) {
 int DocModel::NextDrawingId() { return ++m_nextDrawingId; }
 
 std::string DocModel::NewPartName(const std::string& prefix, const std::string& ext) {
-  for (int i = 1;; ++i) {
+  // Numbers are handed out upwards from the last one given for this prefix; a name that
+  // has come free below it is not reused.
+  int& next = m_nextPartNumber[prefix + "*." + ext];
+  for (int i = std::max(next, 1);; ++i) {
     std::string n = prefix + std::to_string(i) + "." + ext;
-    if (!m_pkg.Has(n)) return n;
+    if (!m_pkg.Has(n)) {
+      next = i + 1;
+      return n;
+    }
   }
 }
 

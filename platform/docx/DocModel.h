@@ -116,6 +116,7 @@ class DocModel {
   std::map<std::string, int> m_outlineCache;
   std::string m_defaultParaStyle;
   int m_nextDrawingId = 0;
+  std::map<std::string, int> m_nextPartNumber;  // NewPartName: prefix and extension -> next number
 };
 
 }  // namespace docx

@@ -70,10 +70,22 @@ int WalkFind(Story& story, const String& needle, bool matchCase, bool forward, i
   if (forward) {
     Item* startItem = fromEnd < length ? story.ItemAt(fromEnd, &offset) : nullptr;
     int base = fromEnd - offset;
-    for (Item* it = startItem; it; base += it->Length(), it = story.Next(it)) {
+    Item* from = startItem;
+    // An earlier search from the same place walked past paragraphs that still lack the
+    // needle (a writer going back to its heading before each search): go on from there.
+    if (!matchCase && startItem)
+      if (Item* resume = story.RecallFind(needle, startItem, offset)) {
+        from = resume;
+        base = story.StartOf(resume);
+      }
+    for (Item* it = from; it; base += it->Length(), it = story.Next(it)) {
       if (--budget < 0) return -1;
       long long a = scan(it, base, [&](int x) { return x >= fromEnd; });
-      if (a >= 0) { *ms = static_cast<int>(a); return 1; }
+      if (a >= 0) {
+        *ms = static_cast<int>(a);
+        if (!matchCase) story.RememberFind(needle, startItem, offset, it);
+        return 1;
+      }
     }
     if (wrap != Word::wdFindContinue) return 0;
     base = 0;
@@ -149,6 +161,11 @@ bool FindInStory(Story& story, const String& needleIn, bool matchCase, bool forw
     if (static_cast<int>(hay.size()) < n) continue;
     int base = story.StartOf(it);
     for (size_t k = hay.find(needle); k != String::npos; k = hay.find(needle, k + 1)) consider(base + static_cast<int>(k));
+  }
+  if (forward && !matchCase && bestP >= 0 && fromEnd < story.Length()) {
+    int offset = 0;
+    Item* startItem = story.ItemAt(fromEnd, &offset);
+    story.RememberFind(needle, startItem, offset, story.ItemAt(static_cast<int>(bestP), nullptr));
   }
   long long best = bestP >= 0 ? bestP : (wrap == Word::wdFindContinue ? bestW : -1);
   if (best < 0) return false;

@@ -70,6 +70,7 @@ void Package::OpenFile(const std::string& path, const PackageLimits& limits) {
 
 void Package::OpenMemory(const void* data, std::size_t size, const PackageLimits& limits) {
   m_parts.clear();
+  m_relMaxId.clear();
   zip_error_t err;
   zip_error_init(&err);
   zip_source_t* src = zip_source_buffer_create(data, size, 0, &err);
@@ -137,12 +138,15 @@ const std::string& Package::Bytes(const std::string& part) {
 }
 
 void Package::PutBytes(const std::string& part, std::string bytes) {
+  m_relMaxId.erase(part);
   auto& p = m_parts[part];
   p.xml.reset();
   p.bytes = std::move(bytes);
 }
 
 void Package::Remove(const std::string& part) {
+  m_relMaxId.erase(part);
+  m_relMaxId.erase(RelsName(part));
   m_parts.erase(part);
   m_parts.erase(RelsName(part));
   auto types = Xml(kContentTypes).document_element();
@@ -175,6 +179,7 @@ pugi::xml_document& Package::Xml(const std::string& part) {
 }
 
 pugi::xml_document& Package::NewXml(const std::string& part, const std::string& contentType) {
+  m_relMaxId.erase(part);
   auto& p = m_parts[part];
   p.bytes.clear();
   p.xml = std::make_unique<pugi::xml_document>();
@@ -243,11 +248,20 @@ pugi::xml_node Package::RelsRoot(const std::string& part) {
 std::string Package::AddRel(const std::string& part, const std::string& type, const std::string& target,
                             bool external) {
   auto root = RelsRoot(part);
+  // The highest "rIdN" of the part is read once and then counted on, so that adding many
+  // relationships (a picture each) does not read them all every time.
+  const std::string relsName = RelsName(part);
+  auto known = m_relMaxId.find(relsName);
   long maxId = 0;
-  for (auto r : root.children("Relationship")) {
-    std::string id = r.attribute("Id").value();
-    if (id.rfind("rId", 0) == 0) maxId = std::max(maxId, std::strtol(id.c_str() + 3, nullptr, 10));
+  if (known != m_relMaxId.end()) {
+    maxId = known->second;
+  } else {
+    for (auto r : root.children("Relationship")) {
+      std::string id = r.attribute("Id").value();
+      if (id.rfind("rId", 0) == 0) maxId = std::max(maxId, std::strtol(id.c_str() + 3, nullptr, 10));
+    }
   }
+  m_relMaxId[relsName] = maxId + 1;
   std::string id = "rId" + std::to_string(maxId + 1);
   auto r = root.append_child("Relationship");
   r.append_attribute("Id").set_value(id.c_str());

@@ -91,6 +91,7 @@ class Package {
     std::unique_ptr<pugi::xml_document> xml;
   };
   std::map<std::string, Part> m_parts;
+  std::map<std::string, long> m_relMaxId;  // rels part -> highest rIdN, once AddRel has read it
 };
 
 // Rejects entry names that would escape the package (absolute, "..", drive letters).

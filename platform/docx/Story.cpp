@@ -160,6 +160,7 @@ void Story::Rebuild() {
   m_treap = nullptr;
   m_items.clear();
   m_index.clear();
+  m_hints.clear();
   AddBlock(m_root, nullptr);
 }
 
@@ -311,10 +312,12 @@ void Story::IndexAdd(Item* it) {
     it->grams.erase(std::unique(it->grams.begin(), it->grams.end()), it->grams.end());
   }
   it->gramSlots.resize(it->grams.size());
+  ++m_clock;
   for (size_t j = 0; j < it->grams.size(); ++j) {
-    std::vector<Item*>& bucket = m_index[it->grams[j]];
-    it->gramSlots[j] = static_cast<std::uint32_t>(bucket.size());
-    bucket.push_back(it);
+    Bucket& bucket = m_index[it->grams[j]];
+    it->gramSlots[j] = static_cast<std::uint32_t>(bucket.items.size());
+    bucket.items.push_back(it);
+    bucket.lastAdd = m_clock;
   }
 }
 
@@ -323,7 +326,7 @@ void Story::IndexRemove(Item* it) {
     const std::uint64_t g = it->grams[j];
     auto b = m_index.find(g);
     if (b == m_index.end()) continue;
-    std::vector<Item*>& bucket = b->second;
+    std::vector<Item*>& bucket = b->second.items;
     const std::uint32_t slot = it->gramSlots[j];
     Item* moved = bucket.back();
     bucket[slot] = moved;
@@ -421,6 +424,7 @@ Item* Story::AddBlock(pugi::xml_node block, Item* after) {
   for (auto& [node, kind] : nodes) {
     auto owned = std::make_unique<Item>();
     Item* it = owned.get();
+    it->serial = m_nextSerial++;
     it->kind = kind;
     it->node = node;
     Fill(it, m_doc);
@@ -494,7 +498,7 @@ std::vector<Item*> Story::Candidates(const String& needle, bool* all) const {
   for (size_t i = 0; i + 3 <= needle.size(); ++i) {
     auto b = m_index.find(Gram(&needle[i]));
     if (b == m_index.end()) return out;  // a trigram nowhere: no match at all
-    grams.emplace_back(b->first, &b->second);
+    grams.emplace_back(b->first, &b->second.items);
   }
   std::sort(grams.begin(), grams.end(), [](const auto& x, const auto& y) {
     return x.second->size() != y.second->size() ? x.second->size() < y.second->size() : x.first < y.first;
@@ -516,9 +520,33 @@ std::size_t Story::CandidateBound(const String& needle) const {
   for (size_t i = 0; i + 3 <= needle.size(); ++i) {
     auto b = m_index.find(Gram(&needle[i]));
     if (b == m_index.end()) return 0;
-    bound = std::min(bound, b->second.size());
+    bound = std::min(bound, b->second.items.size());
   }
   return bound;
+}
+
+bool Story::Alive(const void* key, const Item* it, std::uint64_t serial) const {
+  auto f = m_items.find(key);
+  return f != m_items.end() && f->second.get() == it && it->serial == serial;
+}
+
+void Story::RememberFind(const String& needle, const Item* anchor, int offset, const Item* resume) {
+  if (needle.size() < 3 || !anchor || !resume || anchor == resume) return;
+  if (m_hints.size() > 4096) m_hints.clear();
+  m_hints[needle] = FindHint{anchor->node.internal_object(), anchor, anchor->serial, offset,
+                             resume->node.internal_object(), resume, resume->serial, Gram(&needle[0]), m_clock};
+}
+
+Item* Story::RecallFind(const String& needle, const Item* anchor, int offset) const {
+  auto h = m_hints.find(needle);
+  if (h == m_hints.end()) return nullptr;
+  const FindHint& hint = h->second;
+  if (hint.anchor != anchor || offset < hint.offset) return nullptr;
+  if (!Alive(hint.anchorKey, hint.anchor, hint.anchorSerial) || !Alive(hint.resumeKey, hint.resume, hint.resumeSerial))
+    return nullptr;
+  auto b = m_index.find(hint.gram);
+  if (b == m_index.end() || b->second.lastAdd > hint.time) return nullptr;
+  return const_cast<Item*>(hint.resume);
 }
 
 }  // namespace docx

@@ -50,6 +50,7 @@ struct Item {
   std::vector<Seg> segs;
   std::vector<std::uint64_t> grams;  // trigram keys registered in the story index, sorted
   std::vector<std::uint32_t> gramSlots;  // where this item stands in each of those buckets
+  std::uint64_t serial = 0;          // unique in its story: tells a live item from a reused address
   int outline = -1;              // resolved outline level 0..8, -1 for none
   bool IsHeading() const { return outline >= 0 && outline <= 8; }
   int Length() const { return kind == RowEnd ? 1 : static_cast<int>(text.size()) + 1; }
@@ -118,6 +119,13 @@ class Story {
   // SIZE_MAX when the index cannot narrow the search.
   std::size_t CandidateBound(const String& foldedNeedle) const;
 
+  // What a forward search learnt: from `offset` in `anchor` on, the case-folded needle does
+  // not occur before the paragraph `resume`. Kept while both items live and no paragraph
+  // holding the needle has been indexed since (any such paragraph holds all its trigrams).
+  void RememberFind(const String& foldedNeedle, const Item* anchor, int offset, const Item* resume);
+  // Where a forward search from `offset` in `anchor` may start looking instead, or null.
+  Item* RecallFind(const String& foldedNeedle, const Item* anchor, int offset) const;
+
   // Walks the tree and builds the sequence afresh.
   void Rebuild();
 
@@ -134,8 +142,28 @@ class Story {
   pugi::xml_node m_root;
   Item* m_treap = nullptr;
   std::unordered_map<const void*, std::unique_ptr<Item>> m_items;
-  // Trigram -> the paragraphs holding it, in no order (removal swaps the last into the gap).
-  std::unordered_map<std::uint64_t, std::vector<Item*>> m_index;
+  // Trigram -> the paragraphs holding it, in no order (removal swaps the last into the gap),
+  // and the index clock when a paragraph last came in.
+  struct Bucket {
+    std::vector<Item*> items;
+    std::uint64_t lastAdd = 0;
+  };
+  std::unordered_map<std::uint64_t, Bucket> m_index;
+  std::uint64_t m_clock = 0;        // advanced by every IndexAdd
+  std::uint64_t m_nextSerial = 1;
+  struct FindHint {
+    const void* anchorKey;
+    const Item* anchor;
+    std::uint64_t anchorSerial;
+    int offset;
+    const void* resumeKey;
+    const Item* resume;
+    std::uint64_t resumeSerial;
+    std::uint64_t gram;             // one of the needle's trigrams
+    std::uint64_t time;
+  };
+  std::unordered_map<String, FindHint> m_hints;
+  bool Alive(const void* key, const Item* it, std::uint64_t serial) const;
   std::uint32_t m_seed = 0x9E3779B9u;
 };
 

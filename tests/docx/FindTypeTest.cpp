@@ -224,3 +224,57 @@ TEST(Find, AgreesWithAPlainScanOfTheStory) {
     }
   }
 }
+
+// Searches from the section heading, as the report's writers make them, while the text
+// changes between them: matches typed over, new copies typed in before and after the
+// last match, text typed at random places. Each search must find the first match after
+// the heading that a plain scan finds (the engine may remember where an earlier search
+// from the same place went past text without the needle).
+TEST(Find, RepeatedSearchesFromAHeadingFollowEdits) {
+  std::string body;
+  for (int section = 0; section < 6; ++section) {
+    body += P("Section " + std::to_string(section), "Heading1");
+    for (int row = 0; row < 40; ++row) body += P(row % 3 == 0 ? "<v/> and <w/>" : row % 3 == 1 ? "<v/>" : "text");
+  }
+  DocxParts parts;
+  parts.body = body;
+  Session s(parts);
+  unsigned seed = 777;
+  auto next = [&](unsigned m) { seed = seed * 1103515245u + 12345u; return (seed >> 16) % m; };
+  auto firstAfter = [&](const std::u16string& needle, int from) {
+    const std::u16string text = s.doc->GetContent()->GetText();
+    size_t k = text.find(needle, static_cast<size_t>(from));
+    return k == std::u16string::npos ? -1 : static_cast<int>(k);
+  };
+  const std::u16string needles[] = {u"<v/>", u"<w/>"};
+  for (int step = 0; step < 600; ++step) {
+    const std::u16string& needle = needles[next(2)];
+    const std::u16string text = s.doc->GetContent()->GetText();
+    // A point in some section, then back to its heading and forward, as FindTag does.
+    const int point = int(next(unsigned(text.size())));
+    s.sel->SetRange(point, point);
+    s.sel->GoTo(Variant(Word::wdGoToHeading), Variant(Word::wdGoToPrevious));
+    const int heading = s.sel->GetStart();
+    int expected = firstAfter(needle, s.sel->GetEnd());
+    bool found = s.sel->GetFind()->Execute(Variant(needle), Variant(0), Variant(0), Variant(0), Variant(0), Variant(0),
+                                           Variant(1), Variant(Word::wdFindStop), Variant(0), Variant(0), Variant(0),
+                                           Variant(0), Variant(0), Variant(0), Variant(0));
+    ASSERT_EQ(found, expected >= 0) << "step " << step << " from " << heading;
+    if (!found) continue;
+    ASSERT_EQ(s.sel->GetStart(), expected) << "step " << step << " from " << heading;
+    switch (next(5)) {
+      case 0: case 1: s.sel->TypeText(u"filled"); break;            // the writer fills the tag
+      case 2: s.sel->TypeText(u"x <v/> <w/>"); break;                // a copy stays in place
+      case 3: {                                                      // a copy appears earlier
+        s.sel->SetRange(heading + 1 + int(next(4)), heading + 1 + int(next(4)));
+        s.sel->TypeText(needles[next(2)]);
+        break;
+      }
+      default: {                                                     // text elsewhere
+        int at = int(next(unsigned(text.size() - 1)));
+        s.sel->SetRange(at, at);
+        s.sel->TypeText(next(2) ? u"more" : u"<v/>");
+      }
+    }
+  }
+}
