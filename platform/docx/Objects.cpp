@@ -128,9 +128,9 @@ int WalkFind(Story& story, const String& needle, bool matchCase, bool forward, i
 bool FindInStory(Story& story, const String& needleIn, bool matchCase, bool forward, int wrap, int fromStart,
                  int fromEnd, int* ms, int* me) {
   if (needleIn.empty()) return false;
-  String needle = matchCase ? needleIn : Fold(needleIn);
-  int n = static_cast<int>(needle.size());
   const String folded = Fold(needleIn);
+  const String& needle = matchCase ? needleIn : folded;
+  int n = static_cast<int>(needle.size());
   // Walking from the start point costs the distance to the match; the index costs
   // the number of paragraphs holding the needle's rarest trigram. Walk first, for
   // as long as the index would have cost, so that repeated tags (cloned rows) are
