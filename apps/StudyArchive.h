@@ -4,7 +4,7 @@
 // it through its Serialize, as it reads a stored study.
 #include <vector>
 
-#include "platform/host/FixtureStudy.h"
+#include "platform/host/fixture/FixtureStudy.h"
 #include "platform/mfc/CArchive.h"
 #include "platform/mfc/CFile.h"
 

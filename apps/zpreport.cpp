@@ -17,8 +17,8 @@
 #include "core/Exports.h"
 #include "core/framework/COVReportManager.h"
 #include "model/framework/COVReportOptions.h"
-#include "platform/host/FixtureHost.h"
-#include "platform/host/StudyLoader.h"
+#include "platform/host/fixture/FixtureHost.h"
+#include "platform/host/fixture/StudyLoader.h"
 #include "platform/mfc/CArchive.h"
 #include "platform/mfc/CFile.h"
 
@@ -37,7 +37,7 @@ fs::path ExecutableFolder() {
 }
 
 // The terminal progress line: "[ 3/15]  20% Study properties".
-int ShowProgress(void* context, int event, int step, int totalSteps, const char16_t* text) {
+int ShowProgress(void* /*context*/, int event, int step, int totalSteps, const char16_t* text) {
   const bool tty = isatty(fileno(stderr)) != 0;
   const std::string line = ToUtf8(text ? std::u16string_view(text) : std::u16string_view());
   switch (event) {

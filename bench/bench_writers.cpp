@@ -14,7 +14,7 @@
 #include "model/Format.h"
 #include "model/HeaderInfo.h"
 #include "platform/docx/Engine.h"
-#include "platform/host/FixtureHost.h"
+#include "platform/host/fixture/FixtureHost.h"
 
 namespace {
 

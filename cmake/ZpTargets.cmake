@@ -3,9 +3,9 @@
 
 set(ZP_SOURCE_EXTS *.cpp *.cc)
 
-# zp_add_library(name [SHARED] DIRS d1 d2 ... [EXCLUDE files...] [DEPS targets...])
+# zp_add_library(name [SHARED] DIRS d1 d2 ... [EXCLUDE files...] [EXCLUDE_DIRS dirs...] [DEPS targets...])
 function(zp_add_library name)
-  cmake_parse_arguments(A "SHARED" "" "DIRS;EXCLUDE;DEPS" ${ARGN})
+  cmake_parse_arguments(A "SHARED" "" "DIRS;EXCLUDE;EXCLUDE_DIRS;DEPS" ${ARGN})
   set(srcs)
   foreach(d ${A_DIRS})
     file(GLOB_RECURSE s CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${d}/*.cpp)
@@ -13,6 +13,9 @@ function(zp_add_library name)
   endforeach()
   foreach(x ${A_EXCLUDE})
     list(REMOVE_ITEM srcs ${CMAKE_SOURCE_DIR}/${x})
+  endforeach()
+  foreach(x ${A_EXCLUDE_DIRS})
+    list(FILTER srcs EXCLUDE REGEX "^${CMAKE_SOURCE_DIR}/${x}/")
   endforeach()
   if(srcs)
     if(A_SHARED)
@@ -64,7 +67,7 @@ function(zp_add_templates srcdir outdir)
   add_custom_target(zp_templates ALL DEPENDS ${outputs})
 endfunction()
 
-set(ZP_TEST_LIBS zp_core zp_model zp_docx zp_host zp_system zp_mfc zp_word)
+set(ZP_TEST_LIBS zp_core zp_model zp_docx zp_fixturehost zp_host zp_system zp_mfc zp_word)
 
 # Every folder below tests/ (but support/) is one GoogleTest executable.
 function(zp_add_test_suites dir)

@@ -29,7 +29,7 @@ public:
     m_callback = callback;
     m_context = context;
   }
-  void Opened(const CString& title, const CString& messageLine, int totalSteps, const CString&) override {
+  void Opened(const CString& /*title*/, const CString& messageLine, int totalSteps, const CString&) override {
     Call(kZpProgressOpened, 0, totalSteps, messageLine);
   }
   bool Stepped(int step, int totalSteps, const CString&, const CString& stepText) override {

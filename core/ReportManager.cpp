@@ -168,7 +168,7 @@ bool CZPReportManager::GetStudyType(int& studyType) {
   return false;
 }
 
-CZPReport* CZPReportManager::MakeReport(CZPNewReportOptions& options, int studyType, bool tellTooOld) {
+CZPReport* CZPReportManager::MakeReport(bool tellTooOld) {
   auto* report = new CZPReport();
   report->m_manager = this;
   report->SetOfficeVersionNumber(1);
@@ -224,7 +224,7 @@ void CZPReportManager::ShowWhenAsked(CZPReport& report) {
 }
 
 // Installs copies of the options' format for the study type and of its header.
-static void InstallCopies(CZPReport& report, CZPNewReportOptions& options, int studyType,
+static void InstallCopies(CZPNewReportOptions& options, int studyType,
                           CZPNewReportFormat*& format, CZPReportHeaderInfo*& header) {
   const CZPNewReportFormat* source = options.GetFormat(studyType);
   if (source) {
@@ -249,12 +249,12 @@ void CZPReportManager::CreateReport() {
     return;
   }
 
-  CZPReport* report = MakeReport(*options, studyType, true);
+  CZPReport* report = MakeReport(true);
   if (!report) return;
 
   CZPNewReportFormat* format = nullptr;
   CZPReportHeaderInfo* header = nullptr;
-  InstallCopies(*report, *options, studyType, format, header);
+  InstallCopies(*options, studyType, format, header);
   report->m_reportName = GetNewReportName();
   report->m_fileBaseName = GetOVModelName() + u"-" + report->m_reportName;
   CString folder = Trimmed(options->GetReportFolder());
@@ -291,12 +291,12 @@ void CZPReportManager::CreateReport(CString& folder, CString& name, int showOnPu
   int studyType = 0;
   if (!GetStudyType(studyType)) return;
 
-  CZPReport* report = MakeReport(*options, studyType, false);
+  CZPReport* report = MakeReport(false);
   if (!report) return;
 
   CZPNewReportFormat* format = nullptr;
   CZPReportHeaderInfo* header = nullptr;
-  InstallCopies(*report, *options, studyType, format, header);
+  InstallCopies(*options, studyType, format, header);
 
   CString reportName = name;
   if (!CheckValidReportName(reportName)) reportName = GetNewReportName();

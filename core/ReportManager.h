@@ -51,7 +51,7 @@ private:
   void CreateBreviaStudyReport();
   // A new report with copies of the options' format for `studyType` and header, and the
   // Word version probed; null (and the report deleted) when Word is missing or too old.
-  CZPReport* MakeReport(CZPNewReportOptions& options, int studyType, bool tellTooOld);
+  CZPReport* MakeReport(bool tellTooOld);
   // The image choices of a new report: every image, ticked.
   ImageChoiceArray AllImagesTicked();
   // Includes the ticked images in `report`, each in its own section.

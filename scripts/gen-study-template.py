@@ -233,6 +233,21 @@ def key_value_table(width, key, value, parts=(2, 3)):
     return tbl(g, [tr(tc(g[0], td(key), fill=KEY_FILL), tc(g[1], td(value)))])
 
 
+def titled(table, title_tag):
+    """A table whose first row holds its Heading 2 title, spanning every column.
+
+    The title row has no borders but the line under it, so it reads as a heading above the
+    table; being part of the table, it goes with it when a writer removes the table, and
+    it keeps the table apart from whatever stands above it.
+    """
+    grid = [int(c.attrs["w:w"]) for c in table.children[1].children]
+    cell = tc(sum(grid), p(title_tag, style="Heading2"), span=len(grid) if len(grid) > 1 else None,
+              no_border=("top", "left", "right"))
+    rows = table.children[2:]
+    table.children[2:] = [tr(cell, header=True)] + rows
+    return table
+
+
 def entity_table(width, tag):
     """Target of the label/value layout of an entity's details: tag in cell 1."""
     g = split(width, (9, 11))
@@ -286,7 +301,7 @@ def sec_assumptions():
         tr(tc(g[0], caption("<Assumption_Compare_Caption1/>")), tc(g[1], caption("<Assumption_Compare_Caption2/>"))),
     ], kind="none")
     return section("<Header_Assumptions/>", None, "<Content_Assumption/>",
-                   ("<Label_CommentsAssumption/>", "<Comments_Assumption/>"), first_body=[cmp])
+                   ("<Label_CommentsAssumption/>", "<Comments_Assumption/>"), first_body=[cmp, spacer()])
 
 
 def body_table(label_tag, heads, values_first_cell, values_rest, parts):
@@ -348,10 +363,10 @@ def sec_model_information():
 
 def sec_study_properties():
     body = [key_value_table(NEST_W, "<Label_StudyProp/>", "<Setting_StudyProp/>"), blank(),
-            h2("<Header2_StudySetUpInfo/>"),
-            key_value_table(NEST_W, "<Label_StudyProp2/>", "<Setting_StudyProp2/>"), blank(),
-            h2("<Header2_StudyResultOptions/>"),
-            key_value_table(NEST_W, "<Label_StudyProp3/>", "<Setting_StudyProp3/>"), blank()]
+            titled(key_value_table(NEST_W, "<Label_StudyProp2/>", "<Setting_StudyProp2/>"),
+                   "<Header2_StudySetUpInfo/>"), blank(),
+            titled(key_value_table(NEST_W, "<Label_StudyProp3/>", "<Setting_StudyProp3/>"),
+                   "<Header2_StudyResultOptions/>"), blank()]
     return section("<Header_StudyProperties/>", body, "<Content_StudyProperties/>",
                    ("<Label_CommentsStudyProperties/>", "<Comments_StudyProperties/>"))
 
@@ -558,10 +573,10 @@ def sum_table(prefix):
 
 
 def sec_resultant_forces():
-    body = [h2("<Header2_ReactionForces/>"), sum_table("RF"), blank(),
-            h2("<Header2_ReactionMoments/>"), sum_table("RM"), blank(),
-            h2("<Header2_FreeBodyForces/>"), sum_table("FF"), blank(),
-            h2("<Header2_FreeBodyMoments/>"), sum_table("FM"), blank()]
+    body = [titled(sum_table("RF"), "<Header2_ReactionForces/>"), blank(),
+            titled(sum_table("RM"), "<Header2_ReactionMoments/>"), blank(),
+            titled(sum_table("FF"), "<Header2_FreeBodyForces/>"), blank(),
+            titled(sum_table("FM"), "<Header2_FreeBodyMoments/>"), blank()]
     return section("<Header_ResultantForces/>", body, "<Content_ResultantForces/>",
                    ("<Label_CommentsResultantForces/>", "<Comments_ResultantForces/>"))
 

@@ -6,11 +6,33 @@ cd "$(dirname "$0")/.."
 bash scripts/deps.sh --with-office
 jobs=$(nproc)
 
-cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZP_SANITIZE=ON -DZP_BENCH=OFF >/dev/null
+cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZP_SANITIZE=ON -DZP_WERROR=ON -DZP_BENCH=OFF >/dev/null
 cmake --build build-asan -j"$jobs"
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+# Every document a test writes is kept here for the package validator below.
+documents="$PWD/build-asan/test-documents"
+rm -rf "$documents" && mkdir -p "$documents"
+export ZP_KEEP_DOCUMENTS="$documents"
 (cd build-asan && ctest --output-on-failure -j"$jobs")
+unset ZP_KEEP_DOCUMENTS
+
+# Word's strictness: the built templates and every document the tests wrote, against the
+# ISO/IEC 29500 schemas and the package rules Word enforces. No error and no warning passes.
+validator="$(cd .. && pwd)/shared/ooxml/validate.sh"
+if [[ -x "$validator" ]]; then
+  mapfile -t packages < <(ls build-asan/templates/*.dotx "$documents"/*.docx "$documents"/*.dotx 2>/dev/null)
+  echo "== Package validator: ${#packages[@]} documents"
+  log="$documents/validate.log"
+  if ! "$validator" --strict "${packages[@]}" >"$log" 2>&1; then
+    grep -E '^(ERROR|WARN)|: [0-9]+ error\(s\), [0-9]+ warning' "$log" | grep -v ': 0 error(s), 0 warning(s)' | head -60
+    echo "The package validator found problems (whole log: $log)."
+    exit 1
+  fi
+  echo "all clean"
+else
+  echo "== Package validator: skipped ($validator is not beside the checkout)"
+fi
 
 # Fuzz targets: clang + libFuzzer, a short bounded run each.
 if command -v clang++ >/dev/null; then

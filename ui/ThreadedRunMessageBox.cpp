@@ -12,10 +12,10 @@ std::atomic<IRunProgressView*> g_view{nullptr};
 IRunProgressView* SetRunProgressView(IRunProgressView* view) { return g_view.exchange(view); }
 IRunProgressView* CurrentRunProgressView() { return g_view.load(); }
 
-CThreadedRunMessageBox::CThreadedRunMessageBox(const CString& animationName, const CString& title,
+CThreadedRunMessageBox::CThreadedRunMessageBox(const CString& /*animationName*/, const CString& title,
                                                const CString& messageLine,
                                                const CString& cancelQuestion, int totalSteps,
-                                               RunCancelCallback callback, int delaySeconds)
+                                               RunCancelCallback callback, int /*delaySeconds*/)
     : m_view(CurrentRunProgressView()), m_callback(callback), m_totalSteps(totalSteps) {
   g_progressThreadEnded = 0;
   if (m_view) m_view->Opened(title, messageLine, totalSteps, cancelQuestion);

@@ -17,12 +17,12 @@ class IRunProgressView {
 public:
   virtual ~IRunProgressView() = default;
   // The box opens: window title, status line, number of steps, question asked at cancel.
-  virtual void Opened(const CString& title, const CString& messageLine, int totalSteps,
-                      const CString& cancelQuestion) {}
+  virtual void Opened(const CString& /*title*/, const CString& /*messageLine*/, int /*totalSteps*/,
+                      const CString& /*cancelQuestion*/) {}
   // Step `step` of `totalSteps` begins; percentText is what the bar shows ("25%").
   // Returns true when the user wants the run cancelled.
-  virtual bool Stepped(int step, int totalSteps, const CString& percentText,
-                       const CString& stepText) { return false; }
+  virtual bool Stepped(int /*step*/, int /*totalSteps*/, const CString& /*percentText*/,
+                       const CString& /*stepText*/) { return false; }
   // The box closes.
   virtual void Closed() {}
 };

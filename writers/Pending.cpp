@@ -6,27 +6,27 @@
 #include "model/Sections.h"
 
 // ---- model side
-void CZPNewReportSectionLoadsRestraints::UpdateDetailsInWordDoc(SelectionPtr selection, const CString& imageFolder,
-                                                                zphStudy* study) {}
-void CZPNewReportSectionConnectors::UpdateDetailsInWordDoc(SelectionPtr selection, const CString& imageFolder,
-                                                           zphStudy* study) {}
-void CZPNewReportSectionUser::UpdateDetailsInWordDoc(SelectionPtr selection) {}
+void CZPNewReportSectionLoadsRestraints::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*imageFolder*/,
+                                                                zphStudy* /*study*/) {}
+void CZPNewReportSectionConnectors::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*imageFolder*/,
+                                                           zphStudy* /*study*/) {}
+void CZPNewReportSectionUser::UpdateDetailsInWordDoc(SelectionPtr /*selection*/) {}
 
 // ---- results side
-void CZPNewReportSection::UpdateContactsInWordDoc(SelectionPtr selection, const CString& scratchFolder,
-                                                  zphStudy* study) {}
-void CZPNewReportSection::UpdateMeshInformationInWordDoc(SelectionPtr selection, const CString& scratchFolder,
-                                                         zphStudy* study) {}
-void CZPNewReportSection::UpdateSensorsDetailsInWordDoc(SelectionPtr selection, const CString& scratchFolder) {}
-void CZPNewReportSectionBeams::UpdateDetailsInWordDoc(SelectionPtr selection, zphStudy* study) {}
-void CZPNewReportSectionStudyResults::UpdateDetailsInWordDoc(SelectionPtr selection, const CString& scratchFolder,
-                                                             zphStudy* study) {}
-void CZPNewReportSectionStudyResults::WritePressureVesselLinearizationData(SelectionPtr selection,
-                                                                           const CString& scratchFolder,
-                                                                           zphStudy* study) {}
+void CZPNewReportSection::UpdateContactsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,
+                                                  zphStudy* /*study*/) {}
+void CZPNewReportSection::UpdateMeshInformationInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,
+                                                         zphStudy* /*study*/) {}
+void CZPNewReportSection::UpdateSensorsDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/) {}
+void CZPNewReportSectionBeams::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, zphStudy* /*study*/) {}
+void CZPNewReportSectionStudyResults::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,
+                                                             zphStudy* /*study*/) {}
+void CZPNewReportSectionStudyResults::WritePressureVesselLinearizationData(SelectionPtr /*selection*/,
+                                                                           const CString& /*scratchFolder*/,
+                                                                           zphStudy* /*study*/) {}
 
 // ---- drivers of other kinds of report
 // The design-study driver: until it lands, a design study's report is not generated.
-int CZPReport::GenerateWordDocForOptStudy(COVReportManager* manager) { return 0; }
+int CZPReport::GenerateWordDocForOptStudy(COVReportManager* /*manager*/) { return 0; }
 // The quick study's report: until it lands, the wizard's command does nothing.
 void CZPReportManager::CreateBreviaStudyReport() {}

@@ -18,7 +18,7 @@ void COVReportManager::Duplicate(COVReportManager* source) {
   for (COVReportImage* image : source->m_images) m_images.push_back(new COVReportImage(*image));
 }
 
-void COVReportManager::GetImageNameList(CStringList& list, int forOffer) {
+void COVReportManager::GetImageNameList(CStringList& list, int /*forOffer*/) {
   for (COVReportImage* image : m_images) list.AddTail(image->m_imageName);
 }
 

@@ -18,24 +18,24 @@ public:
   ~COVReportManager() override;
 
   // ---- the commands of the study tree (the base does nothing)
-  virtual void CreateReport(CString& folder, CString& name, int showOnPublish) {}
+  virtual void CreateReport(CString& /*folder*/, CString& /*name*/, int /*showOnPublish*/) {}
   virtual void CreateReport() {}
-  virtual void ShowReport(CString name) {}
-  virtual void ShowMotionReport(CString name) {}
-  virtual void EditReport(CString name) {}
-  virtual void EditMotionReport(CString name, int motionStudyId, CString text) {}
-  virtual void DeleteReport(CString name) {}
-  virtual void PublishReport(CString name) {}
+  virtual void ShowReport(CString /*name*/) {}
+  virtual void ShowMotionReport(CString /*name*/) {}
+  virtual void EditReport(CString /*name*/) {}
+  virtual void EditMotionReport(CString /*name*/, int /*motionStudyId*/, CString /*text*/) {}
+  virtual void DeleteReport(CString /*name*/) {}
+  virtual void PublishReport(CString /*name*/) {}
   // The base copies what it owns: the images with their inclusions.
   virtual void Duplicate(COVReportManager* source);
   virtual void PasteReports() {}
-  virtual void CreateReportFromOlderVersion(CString name, CString fileBaseName, CString folder,
-                                            CString documentPath) {}
-  virtual void CreateMotionReport(int motionStudyId, CString folderOrFile, CString text,
-                                  CString reportName) {}
+  virtual void CreateReportFromOlderVersion(CString /*name*/, CString /*fileBaseName*/, CString /*folder*/,
+                                            CString /*documentPath*/) {}
+  virtual void CreateMotionReport(int /*motionStudyId*/, CString /*folderOrFile*/, CString /*text*/,
+                                  CString /*reportName*/) {}
   virtual int isMotionReportGenerated() { return 1; }
-  virtual void CreateLoadCaseReports(CMapStringToString& cases) {}
-  virtual void DeleteLoadCaseReports(CString loadCaseName) {}
+  virtual void CreateLoadCaseReports(CMapStringToString& /*cases*/) {}
+  virtual void DeleteLoadCaseReports(CString /*loadCaseName*/) {}
 
   // ---- images
   // Appends the names of all images to `list`, in list order.

@@ -134,7 +134,7 @@ void Reset(Clipboard::Kind kind, DocModel& d, Story& s) {
 }
 
 // A copy of paragraph `p` holding only offsets [from, to) of its text.
-void CopyParagraphPart(Story& s, Item* p, int from, int to, pugi::xml_node into) {
+void CopyParagraphPart(Item* p, int from, int to, pugi::xml_node into) {
   auto copy = into.append_copy(p->node);
   if (from <= 0 && to >= p->TextLength()) return;
   // Pair the original's nodes with the copy's, in document order.
@@ -242,7 +242,7 @@ void CopySelection(const DocPtr& doc) {
       int ps = s.StartOf(p);
       int from = std::max(0, sel.start - ps);
       int to = std::min(p->TextLength(), sel.end - ps);
-      CopyParagraphPart(s, p, from, to, root);
+      CopyParagraphPart(p, from, to, root);
       g_clip.endsWithMark = sel.end > ps + p->TextLength();
     } else {
       root.append_copy(n);

@@ -15,11 +15,15 @@
 #define STBI_ONLY_BMP
 #define STBI_ONLY_GIF
 #define STBI_MAX_DIMENSIONS (1 << 16)
-#include <stb_image.h>
+// stb's PNG reader trips GCC's may-be-uninitialized analysis once inlined here.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#include <stb/stb_image.h>
+#pragma GCC diagnostic pop
 #define STB_IMAGE_WRITE_STATIC
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STBI_WRITE_NO_STDIO
-#include <stb_image_write.h>
+#include <stb/stb_image_write.h>
 
 namespace docx {
 

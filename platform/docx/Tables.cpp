@@ -745,8 +745,9 @@ class TableImpl : public Word::Table {
     unsigned bits = static_cast<unsigned>(std::strtoul(look.attribute("w:val").value(), nullptr, 16));
     if (!look.attribute("w:val")) bits = 0x04A0;
     bits = value ? (bits | 0x20) : (bits & ~0x20u);
-    char buf[8];
-    std::snprintf(buf, sizeof buf, "%04X", bits);
+    // w:val is a short hex number: two bytes, four digits.
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "%04X", bits & 0xFFFFu);
     auto set = [&](const char* a, const char* v) {
       auto at = look.attribute(a);
       if (!at) at = look.append_attribute(a);

@@ -196,6 +196,15 @@ void WriteEntry(pugi::xml_node p, pugi::xml_node before, const Entry& e, const S
   AddRun(host, at, {"w:noProof", "w:webHidden"}).append_child("w:fldChar").append_attribute("w:fldCharType").set_value("end");
 }
 
+// The style "toc N" of the entries of level N, added to the styles when missing.
+void EnsureEntryStyle(DocModel& d, int level) {
+  std::string n = std::to_string(level);
+  std::string ind = level > 1 ? "<w:ind w:left=\"" + std::to_string(220 * (level - 1)) + "\"/>" : "";
+  EnsureStyle(d, "toc " + n, "TOC" + n, "paragraph",
+              "<w:basedOn w:val=\"Normal\"/><w:next w:val=\"Normal\"/><w:uiPriority w:val=\"39\"/><w:unhideWhenUsed/>"
+              "<w:pPr><w:spacing w:after=\"100\"/>" + ind + "</w:pPr>");
+}
+
 // The style of the entries of a level: "toc N" by name, else TOCN.
 std::string EntryStyle(DocModel& d, int level) {
   std::string have = d.StyleIdByName("toc " + std::to_string(level));
@@ -287,13 +296,7 @@ void TocImpl::Update() {
   }
 
   // Styles the entries use.
-  for (const auto& e : entries) {
-    std::string n = std::to_string(e.level);
-    std::string ind = e.level > 1 ? "<w:ind w:left=\"" + std::to_string(220 * (e.level - 1)) + "\"/>" : "";
-    EnsureStyle(d, "toc " + n, "TOC" + n, "paragraph",
-                "<w:basedOn w:val=\"Normal\"/><w:next w:val=\"Normal\"/><w:uiPriority w:val=\"39\"/><w:unhideWhenUsed/>"
-                "<w:pPr><w:spacing w:after=\"100\"/>" + ind + "</w:pPr>");
-  }
+  for (const auto& e : entries) EnsureEntryStyle(d, e.level);
   if (sw.links && !entries.empty())
     EnsureStyle(d, "Hyperlink", "Hyperlink", "character",
                 "<w:uiPriority w:val=\"99\"/><w:unhideWhenUsed/><w:rPr><w:color w:val=\"0563C1\"/><w:u w:val=\"single\"/></w:rPr>");
@@ -359,6 +362,9 @@ void TocImpl::Update() {
                      });
   Item* after = f.beginPara;
   if (entries.empty()) {
+    // The note takes the place of the first entry, and its style.
+    const char* kept = pb.child("w:pPr").child("w:pStyle").attribute("w:val").value();
+    if (std::string(kept) == "TOC1") EnsureEntryStyle(d, 1);
     auto r = pb.append_child("w:r");
     SetText(r.append_child("w:t"), "No table of contents entries found.");
   }

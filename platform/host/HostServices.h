@@ -34,36 +34,36 @@ public:
   // The folder of the active study's result files.
   virtual CString GetResultFilesPath() { return CString(); }
   // Turns the view normal to the study's 2D plane.
-  virtual void ActivateViewNormalTo2DPlane(zphStudy* study) {}
+  virtual void ActivateViewNormalTo2DPlane(zphStudy* /*study*/) {}
   // The design session, or null when the host has none.
   virtual OrvOptSession_c* GetDesignSession() { return nullptr; }
 
   // ---- pictures and lists of the active model (see HostFunctions.h for their shapes)
-  virtual int CaptureModelIsometricViewAsImage(const CString& path) { return 0; }
-  virtual void GetBodiesInformationFromTheModel(CStringList& modelInfo, CStringList& solids,
-                                                CStringList& shells, CStringList& composites,
-                                                CStringList& beams, int& compositeCount,
-                                                std::int32_t* pliesPerComposite, int withImages,
-                                                const CString& imageFolder, CStringList& images) {
+  virtual int CaptureModelIsometricViewAsImage(const CString& /*path*/) { return 0; }
+  virtual void GetBodiesInformationFromTheModel(CStringList& /*modelInfo*/, CStringList& /*solids*/,
+                                                CStringList& /*shells*/, CStringList& /*composites*/,
+                                                CStringList& /*beams*/, int& compositeCount,
+                                                std::int32_t* /*pliesPerComposite*/, int /*withImages*/,
+                                                const CString& /*imageFolder*/, CStringList& /*images*/) {
     compositeCount = 0;
   }
-  virtual void ZpReportGetUnitsDetails(CStringList& units) {}
-  virtual void ZpReportGetModelInfoDetails(CStringList& documents) {}
+  virtual void ZpReportGetUnitsDetails(CStringList& /*units*/) {}
+  virtual void ZpReportGetModelInfoDetails(CStringList& /*documents*/) {}
 
   // ---- results of a study
-  virtual void GetSensorDetailsForReport(CStringList& sensors, const CString& scratchFolder,
-                                         CStringList& images, int forReport) {}
-  virtual int GetWorkFlowSensitiveSensorResultsForReport(CStringList& names,
-                                                         std::vector<int>& pointCounts,
-                                                         CStringList& locations,
-                                                         CStringList& components,
-                                                         CString& locationNote,
-                                                         CString& headingNote) { return 0; }
-  virtual void ZpReportGetStudyResults(zphStudy* study, const CString& scratchFolder,
-                                       int resultOption, CStringList& details,
-                                       CStringList& imageNames, int flag) {}
-  virtual void ZpReportGetPostFrequencies(zphStudy* study, CStringList& frequencies) {}
-  virtual void ZephraGetPostMassParticipation(zphStudy* study, CStringList& massParticipation) {}
+  virtual void GetSensorDetailsForReport(CStringList& /*sensors*/, const CString& /*scratchFolder*/,
+                                         CStringList& /*images*/, int /*forReport*/) {}
+  virtual int GetWorkFlowSensitiveSensorResultsForReport(CStringList& /*names*/,
+                                                         std::vector<int>& /*pointCounts*/,
+                                                         CStringList& /*locations*/,
+                                                         CStringList& /*components*/,
+                                                         CString& /*locationNote*/,
+                                                         CString& /*headingNote*/) { return 0; }
+  virtual void ZpReportGetStudyResults(zphStudy* /*study*/, const CString& /*scratchFolder*/,
+                                       int /*resultOption*/, CStringList& /*details*/,
+                                       CStringList& /*imageNames*/, int /*flag*/) {}
+  virtual void ZpReportGetPostFrequencies(zphStudy* /*study*/, CStringList& /*frequencies*/) {}
+  virtual void ZephraGetPostMassParticipation(zphStudy* /*study*/, CStringList& /*massParticipation*/) {}
 };
 
 // Installs host as the current host (null uninstalls); returns the one it replaces.

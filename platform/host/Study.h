@@ -162,57 +162,57 @@ public:
   // 4 other connectors). names, details (a multi-line "label: value" text per item), images:
   // one string per item. curves: 2 strings per item (curve picture path, label); a load with
   // several curves gives "Multiple Curves" and the count, then a pair per curve.
-  virtual void GetLBCDetails(CStringList& names, CStringList& details, CStringList& images,
-                             CStringList& curves, const CString& imageFolder, int kind,
-                             int forReport) {}
+  virtual void GetLBCDetails(CStringList& /*names*/, CStringList& /*details*/, CStringList& /*images*/,
+                             CStringList& /*curves*/, const CString& /*imageFolder*/, int /*kind*/,
+                             int /*forReport*/) {}
   // Appends virtual walls to the fixtures' names, details and images.
-  virtual void GetVirtualWallContactDetailsForReport(const CString& imageFolder, CStringList& names,
-                                                     CStringList& details, CStringList& images) {}
+  virtual void GetVirtualWallContactDetailsForReport(const CString& /*imageFolder*/, CStringList& /*names*/,
+                                                     CStringList& /*details*/, CStringList& /*images*/) {}
   // forces, moments: 5 strings each: component name, X, Y, Z, resultant. Non-zero with results.
-  virtual int GetReactionForcesOfRestraint(const CString& name, CStringList& forces,
-                                           CStringList& moments) { return 0; }
+  virtual int GetReactionForcesOfRestraint(const CString& /*name*/, CStringList& /*forces*/,
+                                           CStringList& /*moments*/) { return 0; }
   // loadingType 0 to 3; events: one name per event; values: the strings of the loading type.
-  virtual void GetFatigueLoadingOptionsForReport(const CString& imageFolder, int& loadingType,
-                                                 CStringList& events, CStringList& values) {}
+  virtual void GetFatigueLoadingOptionsForReport(const CString& /*imageFolder*/, int& /*loadingType*/,
+                                                 CStringList& /*events*/, CStringList& /*values*/) {}
   // Records of 3 strings: study name, scale factor, step.
-  virtual void GetStudyAssociationListOfFatigueEvent(const CString& event,
-                                                     CStringList& associations) {}
-  virtual void GetEdgeWeldConnectorForces(CStringList& weldForces, const CString& imageFolder,
-                                          CStringList& weldGraphs) {}
-  virtual void GetPin_Bolt_Bearing_StrengthDetails(CStringList& strength, const CString& imageFolder,
-                                                   CStringList& strengthPlots, int forReport) {}
+  virtual void GetStudyAssociationListOfFatigueEvent(const CString& /*event*/,
+                                                     CStringList& /*associations*/) {}
+  virtual void GetEdgeWeldConnectorForces(CStringList& /*weldForces*/, const CString& /*imageFolder*/,
+                                          CStringList& /*weldGraphs*/) {}
+  virtual void GetPin_Bolt_Bearing_StrengthDetails(CStringList& /*strength*/, const CString& /*imageFolder*/,
+                                                   CStringList& /*strengthPlots*/, int /*forReport*/) {}
   // For a list with one foundation bolt's name: 5 heading strings, rows of 5, then "...".
-  virtual void GetBolt_Pin_Bearing_ConnectorForces(CStringList& names, CStringList& forces) {}
+  virtual void GetBolt_Pin_Bearing_ConnectorForces(CStringList& /*names*/, CStringList& /*forces*/) {}
 
   // Contacts: records of 2 strings (name, description); one picture path per contact.
-  virtual void GetContactDetails(CStringList& contacts, CStringList& contactImages,
-                                 const CString& scratchFolder, int& flag) {}
+  virtual void GetContactDetails(CStringList& /*contacts*/, CStringList& /*contactImages*/,
+                                 const CString& /*scratchFolder*/, int& /*flag*/) {}
   // Records of 5 strings: component name, X, Y, Z, resultant. Non-zero with results.
-  virtual int GetContactFrictionForce(const CString& contactName, CStringList& frictionForces) { return 0; }
+  virtual int GetContactFrictionForce(const CString& /*contactName*/, CStringList& /*frictionForces*/) { return 0; }
   // Records of 2 strings (plot name, plot type); one picture path per plot.
-  virtual void GetContactVisPlotDetails(CStringList& plotDetails, CStringList& plotImages,
-                                        const CString& scratchFolder) {}
+  virtual void GetContactVisPlotDetails(CStringList& /*plotDetails*/, CStringList& /*plotImages*/,
+                                        const CString& /*scratchFolder*/) {}
 
   // Mesh: settings and properties records of 2, controls records of 3 (name, picture path,
   // description), qualityDetails records of 4 (name, type, min, max), qualityImages one base
   // name each (the picture is scratchFolder + "//" + name + ".jpg"). meshImageFile comes in as
   // the path to write the mesh picture to; it is emptied when there is no picture.
-  virtual void GetMeshDetails(CStringList& settings, CStringList& properties, CStringList& controls,
-                              CString& meshImageFile, CString scratchFolder,
-                              CStringList& qualityDetails, CStringList& qualityImages) {
+  virtual void GetMeshDetails(CStringList& /*settings*/, CStringList& /*properties*/, CStringList& /*controls*/,
+                              CString& meshImageFile, CString /*scratchFolder*/,
+                              CStringList& /*qualityDetails*/, CStringList& /*qualityImages*/) {
     meshImageFile.Empty();
   }
 
   // Beams: the number of beams, their names and ids, and the index of the unit system.
-  virtual int GetBeamNames(std::vector<CString>& names, std::vector<long>& ids, int& unitIndex) { return 0; }
+  virtual int GetBeamNames(std::vector<CString>& /*names*/, std::vector<long>& /*ids*/, int& /*unitIndex*/) { return 0; }
   // The values of one beam; rows is an out-parameter. 0 when the beam gives nothing.
-  virtual int GetBeamResults(std::vector<CString>& names, std::vector<long>& ids, int isForces,
-                             int choice, int beamIndex, int& rows, CStringList& values) { return 0; }
+  virtual int GetBeamResults(std::vector<CString>& /*names*/, std::vector<long>& /*ids*/, int /*isForces*/,
+                             int /*choice*/, int /*beamIndex*/, int& /*rows*/, CStringList& /*values*/) { return 0; }
 
   // Pressure-vessel linearization: the plots (owned by the study) and their number.
-  virtual int GetPVLinearizationPlotParamsForReport(std::vector<CzpPostDlgParam*>& plots) { return 0; }
+  virtual int GetPVLinearizationPlotParamsForReport(std::vector<CzpPostDlgParam*>& /*plots*/) { return 0; }
   // values 56 strings, summary 20, curves 16. 0 when the plot gives nothing.
-  virtual int GetPVLinearizationDetailsForReport(CzpPostDlgParam* plot, const CString& scratchFolder,
-                                                 CStringList& values, CStringList& summary,
-                                                 CStringList& curves) { return 0; }
+  virtual int GetPVLinearizationDetailsForReport(CzpPostDlgParam* /*plot*/, const CString& /*scratchFolder*/,
+                                                 CStringList& /*values*/, CStringList& /*summary*/,
+                                                 CStringList& /*curves*/) { return 0; }
 };

@@ -50,6 +50,12 @@ struct FakeWordScript {
   std::u16string userTemplatesPath; // Options.DefaultFilePath(wdUserTemplatesPath) at start
   bool noSelection = false;
 };
+// A Word that answers this version and otherwise behaves.
+inline FakeWordScript WordOfVersion(std::u16string version) {
+  FakeWordScript script;
+  script.version = std::move(version);
+  return script;
+}
 
 // What a FakeWord saw.
 struct FakeWordLog {

@@ -8,7 +8,7 @@
 #include "model/Format.h"
 #include "model/HeaderInfo.h"
 #include "model/Options.h"
-#include "platform/host/FixtureHost.h"
+#include "platform/host/fixture/FixtureHost.h"
 #include "platform/host/Utilities.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Resources.h"
@@ -76,7 +76,7 @@ TEST(CreateReport, PathsNamesAndExtensionsOfTheArgumentForm) {
   Fixture f;
   const CString folder(f.out.Path());
   {
-    ScopedFakeWord word(FakeWordScript{u"12.0"});
+    ScopedFakeWord word(WordOfVersion(u"12.0"));
     CString dir = folder, name = u"Sample";
     f.manager.CreateReport(dir, name, 1);
     CZPReport* r = f.Last();
@@ -94,7 +94,7 @@ TEST(CreateReport, PathsNamesAndExtensionsOfTheArgumentForm) {
     EXPECT_EQ(f.TreeRebuilds(), 2);
   }
   {
-    ScopedFakeWord word(FakeWordScript{u"11.0"});
+    ScopedFakeWord word(WordOfVersion(u"11.0"));
     CString dir = u"  " + folder + u" ", name = u"Old";
     f.manager.CreateReport(dir, name, 0);
     // The path takes the trimmed folder; the header keeps the folder as given.
@@ -122,7 +122,7 @@ TEST(CreateReport, PathsNamesAndExtensionsOfTheArgumentForm) {
     EXPECT_EQ(f.box.Last().text.Left(ZpCommonString(55052).GetLength()), ZpCommonString(55052));
   }
   {
-    ScopedFakeWord word(FakeWordScript{u"9.0"});
+    ScopedFakeWord word(WordOfVersion(u"9.0"));
     const std::size_t boxes = f.box.Count();
     CString dir = folder, name = u"TooOld";
     f.manager.CreateReport(dir, name, 0);

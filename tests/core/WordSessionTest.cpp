@@ -45,7 +45,7 @@ TEST(OfficeVersion, ProbeReadsTheMajorVersionAndTellsWhenWordIsMissing) {
 
   ScopedMessageBox box;
   {
-    ScopedFakeWord word(FakeWordScript{u"14.0"});
+    ScopedFakeWord word(WordOfVersion(u"14.0"));
     CZPReport report;
     report.SetOfficeVersionNumber(1);
     EXPECT_EQ(report.m_officeVersion, 14);
@@ -83,7 +83,7 @@ TEST(InitWord, RefusesAndTellsTheUser) {
     EXPECT_EQ(box.Last().text, Lines({55052, 55053, 55054}));
   }
   {  // Word too old: told, and quit.
-    ScopedFakeWord word(FakeWordScript{u"10.0"});
+    ScopedFakeWord word(WordOfVersion(u"10.0"));
     CZPReport report;
     EXPECT_EQ(report.InitWord(u"T.dotx", good.Folder()), 0);
     EXPECT_EQ(box.Last().text, ZpCommonString(55015));
@@ -147,7 +147,9 @@ TEST(InitWord, LadderTriesTheUserTemplateFolderAndPutsItBack) {
     }
     // The bare name first, then the full path.
     EXPECT_EQ(CString(word.Log().addTemplates[0]), CString(u"T.dotx"));
-    if (c.expectAdds > 1) EXPECT_EQ(CString(word.Log().addTemplates[1]), good.Folder() + u"\\T.dotx");
+    if (c.expectAdds > 1) {
+      EXPECT_EQ(CString(word.Log().addTemplates[1]), good.Folder() + u"\\T.dotx");
+    }
     if (c.opens) {
       EXPECT_TRUE(report.m_wordApp && report.m_wordDocument && report.m_wordSelection);
       EXPECT_FALSE(report.m_wordApp->GetVisible());

@@ -291,7 +291,7 @@ TEST(EndToEnd, SavedDocumentReadsBackInTheEngineAndInLibreOffice) {
   parts.firstHeader = P("[Company Name]");
   parts.header = P("Running [Date]");
   parts.body = P("Title", "Heading1") + P("Model: <Model_Name/> & more") +
-              "<w:tbl><w:tblGrid><w:gridCol w:w=\"3000\"/><w:gridCol w:w=\"3000\"/></w:tblGrid><w:tr>" + cell +
+              "<w:tbl><w:tblPr/><w:tblGrid><w:gridCol w:w=\"3000\"/><w:gridCol w:w=\"3000\"/></w:tblGrid><w:tr>" + cell +
               P("<Label_A/>") + "</w:tc>" + cell + P("<Value_A/>") + "</w:tc></w:tr></w:tbl>" + P("<Image_X/>") +
               P("Unused <Gone/>") + P("Results", "Heading1") + P("<Rx/> and <Rx/>");
   WriteDocx(dir.File("T.dotx"), parts);

@@ -64,7 +64,7 @@ TEST(EditRules, ReplaceSelectionOffInsertsBeforeTheSelection) {
 
 TEST(EditRules, RangeInsertAfterStaysInTheCellAndDeleteStopsAtCellAndTable) {
   std::string cell = "<w:tc><w:tcPr><w:tcW w:w=\"2000\" w:type=\"dxa\"/></w:tcPr>";
-  Doc d(P("") + "<w:tbl><w:tblGrid><w:gridCol w:w=\"2000\"/><w:gridCol w:w=\"2000\"/></w:tblGrid><w:tr>" + cell + P("a") +
+  Doc d(P("") + "<w:tbl><w:tblPr/><w:tblGrid><w:gridCol w:w=\"2000\"/><w:gridCol w:w=\"2000\"/></w:tblGrid><w:tr>" + cell + P("a") +
         "</w:tc>" + cell + P("b") + "</w:tc></w:tr></w:tbl>" + P("") + P("end"));
   // Positions: empty para 0, a 1-2, b 3-4, row end 5, empty para 6, end 7..
   auto r = d.doc->Range(Variant(1), Variant(3));  // "a" with its end-of-cell mark

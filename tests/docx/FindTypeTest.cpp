@@ -220,7 +220,9 @@ TEST(Find, AgreesWithAPlainScanOfTheStory) {
                                              Variant(0), Variant(forward), Variant(wrap), Variant(0), Variant(0),
                                              Variant(0), Variant(0), Variant(0), Variant(0), Variant(0));
       ASSERT_EQ(found, expected >= 0) << U8(needle) << " from " << from << "-" << to << " fwd " << forward;
-      if (found) ASSERT_EQ(s.sel->GetStart(), expected) << U8(needle) << " from " << from << "-" << to;
+      if (found) {
+        ASSERT_EQ(s.sel->GetStart(), expected) << U8(needle) << " from " << from << "-" << to;
+      }
     }
   }
 }

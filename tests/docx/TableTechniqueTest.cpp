@@ -229,7 +229,7 @@ TEST(MarkedRows, MarkersBecomeCopiesOfTheShadedLabelRow) {
   Session s(Heading("Materials") +
             Tbl({Tr({Tc("<Header_Mat/>", "", 4000)}),
                  Tr({Tc("<Image_Mat1/>"), Tc("<Mat_Name1/>")}),
-                 Tr({Tc("<Label_CurveData/>::", shade + R"(<w:gridSpan w:val="2"/>)", 4000)})},
+                 Tr({Tc("<Label_CurveData/>::", R"(<w:gridSpan w:val="2"/>)" + shade, 4000)})},
                 2) +
             P("") + P("end"));
   const int n = 3;

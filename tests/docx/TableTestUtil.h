@@ -4,6 +4,7 @@
 // saved body ("P:text", "T[a|b;c|d]", nested tables in braces).
 #include <pugixml.hpp>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,16 @@ inline std::string Tr(const std::vector<std::string>& cells, const std::string& 
   for (auto& c : cells) s += c;
   return s + "</w:tr>";
 }
+// A table of these rows; `cols` grid columns of 2000, or as many as the widest row spans.
 inline std::string Tbl(const std::vector<std::string>& rows, int cols = 0) {
+  for (int k = 0; cols == 0 && k < static_cast<int>(rows.size()); ++k) {
+    pugi::xml_document row;
+    row.load_string(rows[static_cast<size_t>(k)].c_str());
+    int span = 0;
+    for (auto tc : row.first_child().children("w:tc"))
+      span += std::max(1, tc.child("w:tcPr").child("w:gridSpan").attribute("w:val").as_int());
+    cols = std::max(cols, span);
+  }
   std::string grid = "<w:tblGrid>";
   for (int i = 0; i < cols; ++i) grid += "<w:gridCol w:w=\"2000\"/>";
   grid += "</w:tblGrid>";

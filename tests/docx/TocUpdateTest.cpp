@@ -133,10 +133,14 @@ std::string Rows(int n) {
   return Tbl(rows, 2) + P("");
 }
 
-// An inline picture `inches` tall (its extent is all the layout reads).
+// An inline picture `inches` tall (its extent is all the layout reads; the graphic is empty).
 std::string Picture(double inches) {
+  static int id = 0;
   return "<w:p><w:r><w:drawing><wp:inline><wp:extent cx=\"914400\" cy=\"" + std::to_string(static_cast<long>(inches * 914400)) +
-         "\"/></wp:inline></w:drawing></w:r></w:p>";
+         "\"/><wp:docPr id=\"" + std::to_string(++id) + "\" name=\"Picture\"/>"
+         "<a:graphic xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\">"
+         "<a:graphicData uri=\"http://schemas.openxmlformats.org/drawingml/2006/picture\"/></a:graphic>"
+         "</wp:inline></w:drawing></w:r></w:p>";
 }
 
 const std::string kPageBreak = R"(<w:p><w:r><w:br w:type="page"/></w:r></w:p>)";

@@ -5,14 +5,17 @@
 #include <fstream>
 
 #include "host/HostTestKit.h"
-#include "platform/host/FixtureHost.h"
-#include "platform/host/FixturePictures.h"
+#include "platform/host/fixture/FixtureHost.h"
+#include "platform/host/fixture/FixturePictures.h"
 #include "platform/host/HostFunctions.h"
-#include "platform/host/StudyLoader.h"
+#include "platform/host/fixture/StudyLoader.h"
 
 #define STB_IMAGE_STATIC
 #define STB_IMAGE_IMPLEMENTATION
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <stb/stb_image.h>
+#pragma GCC diagnostic pop
 
 using namespace hosttest;
 

@@ -3,9 +3,9 @@
 
 #include "host/HostTestKit.h"
 #include "platform/host/DesignSession.h"
-#include "platform/host/FixtureHost.h"
+#include "platform/host/fixture/FixtureHost.h"
 #include "platform/host/HostFunctions.h"
-#include "platform/host/StudyLoader.h"
+#include "platform/host/fixture/StudyLoader.h"
 
 using namespace hosttest;
 

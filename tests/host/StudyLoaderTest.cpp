@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "host/HostTestKit.h"
-#include "platform/host/StudyLoader.h"
+#include "platform/host/fixture/StudyLoader.h"
 
 using namespace hosttest;
 using nlohmann::json;

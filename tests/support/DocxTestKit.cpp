@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <set>
 #include <vector>
 #include <fstream>
 #include <random>
@@ -15,9 +17,41 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gtest/gtest.h>
 #include <pugixml.hpp>
 
 namespace docxtest {
+
+namespace {
+// Packages the tests make themselves as input (some deliberately broken): not kept.
+std::set<std::string>& TestMadeFiles() {
+  static std::set<std::string> files;
+  return files;
+}
+
+// With ZP_KEEP_DOCUMENTS set, every .docx and .dotx that a test leaves in a temporary folder
+// and did not make itself is copied there before the folder goes, so that the test command can
+// run the package validator over every document the tests wrote.
+void KeepWrittenDocuments(const std::string& folder) {
+  const char* keep = std::getenv("ZP_KEEP_DOCUMENTS");
+  if (!keep || !*keep) return;
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  fs::create_directories(keep, ec);
+  std::string test = "outside-a-test";
+  if (const auto* info = ::testing::UnitTest::GetInstance()->current_test_info())
+    test = std::string(info->test_suite_name()) + "." + info->name();
+  static int counter = 0;
+  for (fs::recursive_directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+    if (!it->is_regular_file(ec)) continue;
+    const std::string ext = it->path().extension().string();
+    if (ext != ".docx" && ext != ".dotx") continue;
+    if (TestMadeFiles().count(it->path().string())) continue;
+    const std::string name = test + "-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ext;
+    fs::copy_file(it->path(), fs::path(keep) / name, fs::copy_options::overwrite_existing, ec);
+  }
+}
+}  // namespace
 
 TempDir::TempDir() {
   const char* base = std::getenv("TMPDIR");
@@ -29,11 +63,13 @@ TempDir::TempDir() {
 }
 
 TempDir::~TempDir() {
-  std::string cmd = "rm -rf '" + m_path + "'";
-  (void)std::system(cmd.c_str());
+  KeepWrittenDocuments(m_path);
+  std::error_code ec;
+  std::filesystem::remove_all(m_path, ec);
 }
 
 void WriteFile(const std::string& path, const std::string& bytes) {
+  TestMadeFiles().insert(path);
   std::ofstream out(path, std::ios::binary);
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   if (!out) throw std::runtime_error("cannot write " + path);
@@ -90,6 +126,7 @@ std::string Runs(std::initializer_list<std::string> texts) {
 }
 
 void WriteDocx(const std::string& path, const DocxParts& parts) {
+  TestMadeFiles().insert(path);
   std::remove(path.c_str());
   int err = 0;
   zip_t* z = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &err);

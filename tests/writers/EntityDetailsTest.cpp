@@ -68,7 +68,7 @@ TEST(EntityDetails, LinesBecomeLabelAndValueRows) {
 }
 
 TEST(EntityDetails, TextWithoutAUsableLineLeavesTheTag) {
-  for (const std::string text : {std::string(), std::string("no colon\n\nLabel only:\n")}) {
+  for (const std::string& text : {std::string(), std::string("no colon\n\nLabel only:\n")}) {
     const TableText rows = WriteDetails(text);
     ASSERT_EQ(rows.size(), 1u) << text;
     EXPECT_EQ(rows[0][0], "<Details_Fixture/>") << text;

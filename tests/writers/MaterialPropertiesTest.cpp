@@ -60,8 +60,9 @@ TEST(MaterialProperties, SeveralMaterialsGetABlockAndACurveRowEach) {
     auto nameRows = Rows(nameTable);
     ASSERT_EQ(nameRows.size(), 1u + propertyRows[m]);
     EXPECT_EQ(CellTexts(nameRows[0]), (std::vector<std::string>{Str(51179), names[m]}));
-    if (propertyRows[m] > 0)
+    if (propertyRows[m] > 0) {
       EXPECT_EQ(CellTexts(nameRows.back())[1], "value " + std::to_string(propertyRows[m]));
+    }
 
     EXPECT_EQ(Pictures(curves), curvePictures[m]);
     pugi::xml_node curveTable = curves.select_node(".//w:tbl").node();

@@ -39,14 +39,16 @@ TEST(StudyProperties, StaticStudyWritesThreeTablesAndTheUnits) {
   auto properties = TableRows(section, "prop label 1");
   ASSERT_EQ(properties.size(), 3u);
   EXPECT_EQ(properties[2], (std::vector<std::string>{"prop label 3", "prop value 3"}));
+  // A static study's set-up heading is the host's first string, in the table's title row;
+  // the other is a fixed text.
   auto setupRows = TableRows(section, "setup label 1");
-  ASSERT_EQ(setupRows.size(), 2u);
-  EXPECT_EQ(setupRows[1], (std::vector<std::string>{"setup label 2", "setup value 2"}));
-  EXPECT_EQ(TableRows(section, "result label 1").size(), 1u);
-  // A static study's set-up heading is the host's first string; the other is a fixed text.
+  ASSERT_EQ(setupRows.size(), 3u);
+  EXPECT_EQ(setupRows[0], std::vector<std::string>{"Solver settings"});
+  EXPECT_EQ(setupRows[2], (std::vector<std::string>{"setup label 2", "setup value 2"}));
+  auto resultRows = TableRows(section, "result label 1");
+  ASSERT_EQ(resultRows.size(), 2u);
+  EXPECT_EQ(resultRows[0], std::vector<std::string>{Str(51805)});
   const std::string text = TextOf(section);
-  EXPECT_NE(text.find("Solver settings"), std::string::npos);
-  EXPECT_NE(text.find(Str(51805)), std::string::npos);
   EXPECT_EQ(text.find(Str(54923)), std::string::npos);
   EXPECT_TRUE(Report::Tags(section).empty()) << text;
 
@@ -71,7 +73,8 @@ TEST(StudyProperties, EmptyListsDropTablesAndHeadingsButKeepTheTagsWithoutRemova
 
   pugi::xml_node section = report->Section(kSectionStudyProperties);
   ASSERT_TRUE(section);
-  EXPECT_EQ(NestedTables(section), 1);  // properties only
+  // Properties only: the dropped tables took their headings and the blank lines above them.
+  EXPECT_EQ(Blocks(ContentCell(section)), (std::vector<std::string>{"table", "Normal|"}));
   const std::string text = TextOf(section);
   EXPECT_EQ(text.find(Str(54923)), std::string::npos);
   EXPECT_EQ(text.find(Str(51805)), std::string::npos);
@@ -91,9 +94,11 @@ TEST(StudyProperties, OtherStudyTypesHeadTheSetUpWithTheFixedText) {
   ASSERT_TRUE(report->generated);
   pugi::xml_node section = report->Section(kSectionStudyProperties);
   ASSERT_TRUE(section);
-  EXPECT_EQ(TableRows(section, "setup label 1").size(), 3u);
-  EXPECT_NE(TextOf(section).find(Str(54923)), std::string::npos);
-  EXPECT_EQ(NestedTables(section), 2);  // the result options went
+  auto setupRows = TableRows(section, "setup label 1");
+  ASSERT_EQ(setupRows.size(), 4u);
+  EXPECT_EQ(setupRows[0], std::vector<std::string>{Str(54923)});
+  // The result options went, their heading with them.
+  EXPECT_EQ(Blocks(ContentCell(section)), (std::vector<std::string>{"table", "Normal|", "table", "Normal|"}));
   EXPECT_TRUE(Report::Tags(section).empty()) << TextOf(section);
 }
 

@@ -9,8 +9,8 @@
 #include "model/Format.h"
 #include "model/HeaderInfo.h"
 #include "platform/docx/Engine.h"
-#include "platform/host/FixtureHost.h"
-#include "platform/host/StudyLoader.h"
+#include "platform/host/fixture/FixtureHost.h"
+#include "platform/host/fixture/StudyLoader.h"
 #include "platform/system/Resources.h"
 
 namespace wtest {
@@ -113,6 +113,24 @@ int Pictures(const pugi::xml_node& node) {
 
 int NestedTables(const pugi::xml_node& node) {
   return static_cast<int>(node.select_nodes(".//w:tbl").size());
+}
+
+std::vector<std::string> Blocks(const pugi::xml_node& cell) {
+  std::vector<std::string> blocks;
+  for (pugi::xml_node child : cell.children()) {
+    const std::string name = child.name();
+    if (name == "w:tbl") {
+      blocks.push_back("table");
+    } else if (name == "w:p") {
+      std::string style = child.child("w:pPr").child("w:pStyle").attribute("w:val").value();
+      blocks.push_back((style.empty() ? "Normal" : style) + "|" + TextOf(child));
+    }
+  }
+  return blocks;
+}
+
+pugi::xml_node ContentCell(const pugi::xml_node& section) {
+  return section.select_node("w:tr[2]/w:tc").node();
 }
 
 int Count(const std::string& text, const std::string& needle) {

@@ -11,7 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
 
-#include "platform/host/FixtureStudy.h"
+#include "platform/host/fixture/FixtureStudy.h"
 #include "tests/support/DocxTestKit.h"
 
 namespace wtest {
@@ -73,6 +73,11 @@ std::vector<std::string> CellTexts(const pugi::xml_node& row);
 int Pictures(const pugi::xml_node& node);
 // Tables nested anywhere inside a node (the node itself not counted).
 int NestedTables(const pugi::xml_node& node);
+// The blocks of a cell in order: "table" for a nested table, "style|text" for a paragraph
+// ("Normal" when it names no style).
+std::vector<std::string> Blocks(const pugi::xml_node& cell);
+// The cell of a section's second row, where its writer's tables stand.
+pugi::xml_node ContentCell(const pugi::xml_node& section);
 // Number of non-overlapping occurrences of `needle` in `text`.
 int Count(const std::string& text, const std::string& needle);
 
