@@ -21,7 +21,8 @@ unset ZP_KEEP_DOCUMENTS
 # ISO/IEC 29500 schemas and the package rules Word enforces. No error and no warning passes.
 validator="$(cd .. && pwd)/shared/ooxml/validate.sh"
 if [[ -x "$validator" ]]; then
-  mapfile -t packages < <(ls build-asan/templates/*.dotx "$documents"/*.docx "$documents"/*.dotx 2>/dev/null)
+  mapfile -t packages < <(ls build-asan/templates/*.dotx build-asan/sample-writers/*.docx \
+                              "$documents"/*.docx "$documents"/*.dotx 2>/dev/null)
   echo "== Package validator: ${#packages[@]} documents"
   log="$documents/validate.log"
   if ! "$validator" --strict "${packages[@]}" >"$log" 2>&1; then

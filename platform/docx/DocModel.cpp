@@ -135,8 +135,7 @@ void DocModel::ConvertTemplateToDocument(const std::string& templatePath) {
         if (id == r.attribute("Id").value()) { rels.remove_child(r); break; }
       root.remove_child(old);
     }
-    std::string target = "file:///" + templatePath;
-    if (!templatePath.empty() && templatePath[0] == '/') target = "file://" + templatePath;
+    std::string target = FileUri(templatePath);
     std::string rid = m_pkg.AddRel(settings, kRelAttachedTemplate, target, true);
     if (!root.attribute("xmlns:r"))
       root.append_attribute("xmlns:r").set_value("http://schemas.openxmlformats.org/officeDocument/2006/relationships");
@@ -158,7 +157,7 @@ void DocModel::ConvertTemplateToDocument(const std::string& templatePath) {
   std::string app = m_pkg.TargetOfType("", "http://schemas.openxmlformats.org/officeDocument/2006/relationships/extended-properties");
   if (!app.empty() && m_pkg.Has(app)) {
     auto root = m_pkg.Xml(app).document_element();
-    if (auto t = root.child("Template")) t.text().set(BaseName(templatePath).c_str());
+    if (auto t = root.child("Template")) t.text().set(XmlText(BaseName(templatePath)).c_str());
   }
 }
 

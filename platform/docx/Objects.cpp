@@ -292,14 +292,10 @@ class FontImpl : public Word::Font {
     return FromUtf8(FirstProps().Node().child("w:rFonts").attribute("w:ascii").value());
   }
   void PutName(const Word::String& name) override {
-    std::string n = ToUtf8(name);
+    const std::string n = XmlText(name);
     Apply([&](pugi::xml_node rPr) {
       auto f = EnsureChildOrdered(rPr, "w:rFonts", kRPrOrder);
-      for (const char* a : {"w:ascii", "w:hAnsi", "w:cs", "w:eastAsia"}) {
-        auto at = f.attribute(a);
-        if (!at) at = f.append_attribute(a);
-        at.set_value(n.c_str());
-      }
+      for (const char* a : {"w:ascii", "w:hAnsi", "w:cs", "w:eastAsia"}) SetAttr(f, a, n);
     });
   }
 

@@ -161,8 +161,6 @@ PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, const ImageInf
   int id = doc.NextDrawingId();
   std::string cx = std::to_string(placed.cx), cy = std::to_string(placed.cy);
   pugi::xml_document frag;
-  std::string name;
-  for (char c : fileName) name.push_back(c == '"' || c == '<' || c == '&' ? '_' : c);
   std::string xml =
       "<w:drawing><wp:inline distT=\"0\" distB=\"0\" distL=\"0\" distR=\"0\">"
       "<wp:extent cx=\"" + cx + "\" cy=\"" + cy + "\"/>"
@@ -172,12 +170,15 @@ PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, const ImageInf
       "<a:graphic xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\">"
       "<a:graphicData uri=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
       "<pic:pic xmlns:pic=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
-      "<pic:nvPicPr><pic:cNvPr id=\"0\" name=\"" + name + "\"/><pic:cNvPicPr/></pic:nvPicPr>"
+      "<pic:nvPicPr><pic:cNvPr id=\"0\" name=\"\"/><pic:cNvPicPr/></pic:nvPicPr>"
       "<pic:blipFill><a:blip r:embed=\"" + rid + "\"/><a:stretch><a:fillRect/></a:stretch></pic:blipFill>"
       "<pic:spPr><a:xfrm><a:off x=\"0\" y=\"0\"/><a:ext cx=\"" + cx + "\" cy=\"" + cy + "\"/></a:xfrm>"
       "<a:prstGeom prst=\"rect\"><a:avLst/></a:prstGeom></pic:spPr></pic:pic></a:graphicData></a:graphic>"
       "</wp:inline></w:drawing>";
   if (!frag.load_string(xml.c_str())) Fail(E_FAIL, "internal picture markup");
+  // The picture's name is its file's name, which may hold anything a file name can.
+  SetAttr(frag.first_child().first_child().child("a:graphic").child("a:graphicData").child("pic:pic")
+              .child("pic:nvPicPr").child("pic:cNvPr"), "name", fileName);
   Item* item = nullptr;
   RunProps props = PropsForTyping(story, pos);
   auto run = InsertRun(story, pos, props, &item);

@@ -88,7 +88,81 @@ void SetVal(pugi::xml_node n, const char* value) {
   a.set_value(value);
 }
 
-void SetText(pugi::xml_node t, const std::string& utf8) {
+std::string FileUri(const std::string& path) {
+  static const char kHex[] = "0123456789ABCDEF";
+  std::string uri = path.empty() || path[0] != '/' ? "file:///" : "file://";
+  for (unsigned char c : path) {
+    const bool alnum = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (alnum || c == '-' || c == '.' || c == '_' || c == '~' || c == '/' || c == ':') {
+      uri.push_back(static_cast<char>(c));
+    } else {
+      uri.push_back('%');
+      uri.push_back(kHex[c >> 4]);
+      uri.push_back(kHex[c & 15]);
+    }
+  }
+  return uri;
+}
+
+namespace {
+// True when `utf8` is well-formed UTF-8 of XML characters only: the common case, which needs
+// no copy.
+bool IsCleanXmlUtf8(std::string_view s) {
+  const auto* p = reinterpret_cast<const unsigned char*>(s.data());
+  const auto* end = p + s.size();
+  while (p < end) {
+    const unsigned char c = *p;
+    if (c < 0x80) {
+      if (c < 0x20 && c != 0x9 && c != 0xA && c != 0xD) return false;
+      ++p;
+      continue;
+    }
+    int n = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC2 ? 1 : -1;
+    if (n < 0 || c > 0xF4 || end - p <= n) return false;
+    char32_t cp = c & (0x3F >> n);
+    for (int k = 1; k <= n; ++k) {
+      if ((p[k] & 0xC0) != 0x80) return false;
+      cp = (cp << 6) | (p[k] & 0x3F);
+    }
+    if ((n == 2 && cp < 0x800) || (n == 3 && cp < 0x10000) || !IsXmlChar(cp)) return false;
+    p += n + 1;
+  }
+  return true;
+}
+}  // namespace
+
+std::string XmlText(std::string_view utf8) {
+  if (IsCleanXmlUtf8(utf8)) return std::string(utf8);
+  return XmlText(std::u16string_view(FromUtf8(utf8)));
+}
+
+std::string XmlText(std::u16string_view text) {
+  std::u16string kept;
+  kept.reserve(text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char16_t c = text[i];
+    if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+      kept.push_back(c);
+      kept.push_back(text[++i]);
+    } else if (c >= 0xD800 && c <= 0xDFFF) {
+      kept.push_back(0xFFFD);  // a lone surrogate
+    } else if (IsXmlChar(c)) {
+      kept.push_back(c);
+    }
+  }
+  return ToUtf8(kept);
+}
+
+void SetAttr(pugi::xml_node n, const char* name, std::string_view utf8) {
+  auto a = n.attribute(name);
+  if (!a) a = n.append_attribute(name);
+  a.set_value(XmlText(utf8).c_str());
+}
+
+void SetText(pugi::xml_node t, const std::string& raw) {
+  const bool clean = IsCleanXmlUtf8(raw);
+  const std::string cleaned = clean ? std::string() : XmlText(raw);
+  const std::string& utf8 = clean ? raw : cleaned;
   t.text().set(utf8.c_str());
   bool edge = !utf8.empty() && (utf8.front() == ' ' || utf8.back() == ' ' || utf8.front() == '\t');
   auto a = t.attribute("xml:space");

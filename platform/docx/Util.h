@@ -17,6 +17,20 @@ using String = std::u16string;
 using ::ToUtf8;
 inline String FromUtf8(std::string_view s) { return Utf16FromUtf8(s); }
 
+// Characters XML 1.0 allows: tab, line feed, carriage return, U+0020..U+D7FF,
+// U+E000..U+FFFD, U+10000..U+10FFFF.
+constexpr bool IsXmlChar(char32_t c) {
+  return c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) || (c >= 0xE000 && c <= 0xFFFD) ||
+         (c >= 0x10000 && c <= 0x10FFFF);
+}
+// Text made fit for XML: characters XML 1.0 forbids are dropped, and broken UTF-8 becomes
+// U+FFFD (as the conversions above read it). Every text the engine writes into a part, in
+// element text or in an attribute, passes through one of these.
+std::string XmlText(std::string_view utf8);
+std::string XmlText(std::u16string_view text);
+// An attribute set (or added) with XmlText of the value.
+void SetAttr(pugi::xml_node n, const char* name, std::string_view utf8);
+
 // Simple case folding used by Find (Latin, Greek, Cyrillic; other scripts unchanged).
 char16_t FoldChar(char16_t c);
 String Fold(std::u16string_view s);
@@ -27,6 +41,8 @@ std::string DirName(const std::string& path);
 std::string BaseName(const std::string& path);
 std::string ExtensionLower(const std::string& path);  // without the dot
 bool IsAbsolutePath(const std::string& path);
+// A file: URI of a path, every byte but letters, digits and -._~/: percent-encoded.
+std::string FileUri(const std::string& path);
 
 [[noreturn]] void Fail(Word::HRESULT hr, const std::string& what);
 
@@ -37,7 +53,7 @@ bool Is(pugi::xml_node n, const char* name);
 pugi::xml_node EnsureChildOrdered(pugi::xml_node parent, const char* name, const char* const* order);
 pugi::xml_node InsertChildOrdered(pugi::xml_node parent, const char* name, const char* const* order);
 void SetVal(pugi::xml_node n, const char* value);
-void SetText(pugi::xml_node t, const std::string& utf8);  // w:t text, with xml:space when needed
+void SetText(pugi::xml_node t, const std::string& utf8);  // w:t text (XmlText), with xml:space when needed
 
 extern const char* const kPPrOrder[];
 extern const char* const kRPrOrder[];

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <cctype>
 #include <cstring>
 #include <filesystem>
 #include <set>
@@ -197,6 +198,70 @@ std::string ReadPart(const std::string& path, const std::string& part) {
   }
   zip_close(z);
   return out;
+}
+
+namespace {
+bool AllowedInXml(char32_t c) {
+  return c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) || (c >= 0xE000 && c <= 0xFFFD) ||
+         (c >= 0x10000 && c <= 0x10FFFF);
+}
+
+// The first reason why `xml` is no well-formed XML 1.0 as far as characters go: strict UTF-8,
+// every character allowed, every character reference to an allowed character. Empty when fine.
+std::string CharacterFault(const std::string& xml) {
+  const auto* p = reinterpret_cast<const unsigned char*>(xml.data());
+  const size_t n = xml.size();
+  for (size_t i = 0; i < n;) {
+    const unsigned char c = p[i];
+    char32_t cp = c;
+    size_t len = 1;
+    if (c >= 0x80) {
+      len = c >= 0xF0 && c <= 0xF4 ? 4 : c >= 0xE0 ? 3 : c >= 0xC2 && c < 0xE0 ? 2 : 0;
+      if (len == 0 || i + len > n) return "broken UTF-8 at byte " + std::to_string(i);
+      cp = c & (0xFF >> (len + 1));
+      for (size_t k = 1; k < len; ++k) {
+        if ((p[i + k] & 0xC0) != 0x80) return "broken UTF-8 at byte " + std::to_string(i);
+        cp = (cp << 6) | (p[i + k] & 0x3F);
+      }
+      if ((len == 3 && cp < 0x800) || (len == 4 && cp < 0x10000)) return "overlong UTF-8 at byte " + std::to_string(i);
+    }
+    if (!AllowedInXml(cp)) return "character U+" + std::to_string(static_cast<unsigned long>(cp)) + " (decimal) at byte " + std::to_string(i);
+    if (c == '&' && i + 2 < n && p[i + 1] == '#') {
+      size_t j = i + 2;
+      const bool hex = p[j] == 'x';
+      if (hex) ++j;
+      unsigned long value = 0;
+      for (; j < n && p[j] != ';'; ++j) {
+        const int digit = std::isdigit(p[j]) ? p[j] - '0' : hex && std::isxdigit(p[j]) ? (std::tolower(p[j]) - 'a' + 10) : -1;
+        if (digit < 0) return "malformed character reference at byte " + std::to_string(i);
+        value = value * (hex ? 16 : 10) + static_cast<unsigned long>(digit);
+        if (value > 0x10FFFF) break;
+      }
+      if (!AllowedInXml(static_cast<char32_t>(value)))
+        return "reference to character " + std::to_string(value) + " (decimal) at byte " + std::to_string(i);
+    }
+    i += len;
+  }
+  return {};
+}
+}  // namespace
+
+std::vector<std::string> XmlFaults(const std::string& path) {
+  std::vector<std::string> faults;
+  int err = 0;
+  zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &err);
+  if (!z) return {"cannot open " + path};
+  std::vector<std::string> names;
+  for (zip_int64_t i = 0, count = zip_get_num_entries(z, 0); i < count; ++i) names.push_back(zip_get_name(z, static_cast<zip_uint64_t>(i), 0));
+  zip_close(z);
+  for (const std::string& name : names) {
+    if (!(name.size() > 4 && (name.ends_with(".xml") || name.ends_with(".rels")))) continue;
+    const std::string xml = ReadPart(path, name);
+    if (std::string fault = CharacterFault(xml); !fault.empty()) faults.push_back(name + ": " + fault);
+    pugi::xml_document doc;
+    if (!doc.load_buffer(xml.data(), xml.size())) faults.push_back(name + ": not well-formed");
+  }
+  return faults;
 }
 
 bool HasPart(const std::string& path, const std::string& part) {

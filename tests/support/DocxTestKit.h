@@ -3,6 +3,7 @@
 // and text back, and convert with LibreOffice as a second reader.
 #include <map>
 #include <string>
+#include <vector>
 
 namespace docxtest {
 
@@ -44,6 +45,10 @@ std::string Runs(std::initializer_list<std::string> texts);  // one paragraph, o
 // The bytes of one part of a package ("word/document.xml"); empty when missing.
 std::string ReadPart(const std::string& path, const std::string& part);
 bool HasPart(const std::string& path, const std::string& part);
+// What keeps the XML parts of a package from being XML 1.0 that a strict reader takes: broken
+// UTF-8, characters XML forbids (raw or as character references), ill-formed markup. One line
+// per fault, naming the part; empty when every part is fine.
+std::vector<std::string> XmlFaults(const std::string& path);
 
 // The plain text of the main story, paragraphs separated by '\n' (UTF-8).
 std::string BodyText(const std::string& path);

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <random>
 
 #include "model/Sections.h"
+#include "platform/mfc/Utf.h"
 #include "tests/writers/WriterKit.h"
 
 using namespace wtest;
@@ -33,6 +36,57 @@ TEST(SampleStudy, BracketShowsEverySectionWithoutTagsLeft) {
   EXPECT_EQ(Pictures(report->Section(kSectionMaterialProperties)), 2 + 4 + 1 + 1);
   EXPECT_NE(report->Text().find("Static analysis of the welded mounting bracket"), std::string::npos);
   EXPECT_TRUE(Report::Tags(report->doc.child("w:document")).empty()) << report->Text();
+}
+
+// Every C0 control but NUL, DEL, U+FFFE, U+FFFF and random code points: what a study file from
+// elsewhere may hold in any text.
+std::string HostileText(std::mt19937& rng) {
+  std::string text = " [";
+  for (char c = 1; c < 0x20; ++c) text.push_back(c);
+  text += "\x7F\xEF\xBF\xBE\xEF\xBF\xBF";
+  std::uniform_int_distribution<unsigned> any(1, 0x10FFFF);
+  for (int i = 0; i < 8; ++i) {
+    unsigned c = any(rng);
+    if (c >= 0xD800 && c <= 0xDFFF) c = 0xFFFF;
+    std::u16string one;
+    AppendCodePoint(one, static_cast<char32_t>(c));
+    text += ToUtf8(one);
+  }
+  return text + "]";
+}
+
+void Spoil(nlohmann::json& node, std::mt19937& rng, const std::string& key = {}) {
+  static const std::set<std::string> kept = {"picture", "analysedPicture", "section", "exclude", "format"};
+  if (kept.count(key)) return;
+  if (node.is_string()) {
+    node = node.get<std::string>() + HostileText(rng);
+  } else if (node.is_object()) {
+    for (auto it = node.begin(); it != node.end(); ++it) Spoil(it.value(), rng, it.key());
+  } else if (node.is_array()) {
+    for (auto& item : node) Spoil(item, rng, key);
+  }
+}
+
+TEST(SampleStudy, ControlsAndNonCharactersInEveryTextStillGiveXml) {
+  const std::filesystem::path sample = std::filesystem::path(ZP_SOURCE_DIR) / "examples/bracket";
+  StudyFile file;
+  std::ifstream in(sample / "study.json");
+  file.json = nlohmann::json::parse(in);
+  std::mt19937 rng(7);
+  Spoil(file.json, rng);
+  std::filesystem::copy(sample / "pictures", std::filesystem::path(file.Folder()) / "pictures",
+                        std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing);
+  ReportSetup setup;
+  setup.included = {kSectionAssumptions,        kSectionModelInformation, kSectionStudyProperties,
+                    kSectionUnits,              kSectionMaterialProperties, kSectionResultantForces,
+                    kSectionConclusions};
+  auto report = Generate(file, setup);
+  ASSERT_TRUE(report->generated);
+  const std::vector<std::string> faults = docxtest::XmlFaults(report->path);
+  EXPECT_TRUE(faults.empty()) << faults.front();
+  // The texts are there, less what XML cannot hold.
+  EXPECT_NE(report->Text().find("Static analysis of the welded mounting bracket"), std::string::npos);
+  EXPECT_EQ(Pictures(report->Section(kSectionModelInformation)), 1 + 6);
 }
 
 }  // namespace
