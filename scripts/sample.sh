@@ -6,8 +6,4 @@ bash scripts/deps.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DZP_TESTS=OFF -DZP_BENCH=OFF >/dev/null
 cmake --build build -j"$(nproc)"
 mkdir -p out
-if [[ -x build/zpreport ]]; then
-  build/zpreport generate examples/bracket/study.json --out out --name Sample
-else
-  echo "The report generator is not built yet: only the libraries exist."
-fi
+build/zpreport generate examples/bracket/study.json --out out --name Sample

@@ -28,18 +28,24 @@ struct RelInfo {
   std::string contentType;
 };
 
+}  // namespace
+
+// The clipboard of one application: what Copy and Cut took, self-contained (the parts its
+// relationships point at are copied in), so that it outlives the document it came from.
 struct Clipboard {
   enum Kind { Empty, Text, Cells, Rows, Table };
   Kind kind = Empty;
   // <clip> holds w:p/w:tbl blocks (Text), or one w:tbl whose rows are the content.
   std::unique_ptr<pugi::xml_document> frag;
   bool endsWithMark = false;
-  const DocModel* source = nullptr;
+  std::uint64_t source = 0;  // DocModel::Serial() of the document copied from
   std::string sourcePart;
   std::map<std::string, RelInfo> rels;
   pugi::xml_node Root() const { return frag->first_child(); }
 };
-Clipboard g_clip;
+std::shared_ptr<Clipboard> NewClipboard() { return std::make_shared<Clipboard>(); }
+
+namespace {
 
 bool IsRelAttr(const char* name) {
   return std::strcmp(name, "r:embed") == 0 || std::strcmp(name, "r:id") == 0 || std::strcmp(name, "r:link") == 0 ||
@@ -65,11 +71,12 @@ void ForEachRelAttr(pugi::xml_node n, F&& f) {
 // What the fragment's relationship ids point at, so that a paste elsewhere can
 // make its own relationships.
 void CaptureRels(DocModel& d, const std::string& part) {
+  Clipboard& clip = d.Clip();
   Package& pkg = d.Pkg();
   auto rels = pkg.RelsRoot(part);
-  ForEachRelAttr(g_clip.Root(), [&](pugi::xml_attribute a) {
+  ForEachRelAttr(clip.Root(), [&](pugi::xml_attribute a) {
     std::string id = a.value();
-    if (g_clip.rels.count(id)) return;
+    if (clip.rels.count(id)) return;
     for (auto r : rels.children("Relationship")) {
       if (id != r.attribute("Id").value()) continue;
       RelInfo info;
@@ -84,7 +91,7 @@ void CaptureRels(DocModel& d, const std::string& part) {
           info.contentType = pkg.ContentType(info.target);
         }
       }
-      g_clip.rels[id] = std::move(info);
+      clip.rels[id] = std::move(info);
       break;
     }
   });
@@ -92,20 +99,21 @@ void CaptureRels(DocModel& d, const std::string& part) {
 
 // Gives a pasted copy relationships of the destination part when it comes from elsewhere.
 void RetargetRels(DocModel& d, const std::string& part, pugi::xml_node copy) {
-  if (g_clip.rels.empty() || (g_clip.source == &d && g_clip.sourcePart == part)) return;
+  const Clipboard& clip = d.Clip();
+  if (clip.rels.empty() || (clip.source == d.Serial() && clip.sourcePart == part)) return;
   Package& pkg = d.Pkg();
   std::unordered_map<std::string, std::string> made;
   ForEachRelAttr(copy, [&](pugi::xml_attribute a) {
     std::string id = a.value();
-    auto it = g_clip.rels.find(id);
-    if (it == g_clip.rels.end()) return;
+    auto it = clip.rels.find(id);
+    if (it == clip.rels.end()) return;
     auto m = made.find(id);
     if (m == made.end()) {
       const RelInfo& info = it->second;
       std::string target = info.target;
       if (!info.external) {
         std::string name = info.target;
-        if (g_clip.source != &d) {
+        if (clip.source != d.Serial()) {
           if (pkg.Has(name)) {
             std::string ext = ExtensionLower(name);
             std::string base = name.substr(0, name.size() - ext.size() - 1);
@@ -124,13 +132,14 @@ void RetargetRels(DocModel& d, const std::string& part, pugi::xml_node copy) {
 }
 
 void Reset(Clipboard::Kind kind, DocModel& d, Story& s) {
-  g_clip.kind = kind;
-  g_clip.frag = std::make_unique<pugi::xml_document>();
-  g_clip.frag->append_child("clip");
-  g_clip.endsWithMark = false;
-  g_clip.source = &d;
-  g_clip.sourcePart = s.PartName();
-  g_clip.rels.clear();
+  Clipboard& clip = d.Clip();
+  clip.kind = kind;
+  clip.frag = std::make_unique<pugi::xml_document>();
+  clip.frag->append_child("clip");
+  clip.endsWithMark = false;
+  clip.source = d.Serial();
+  clip.sourcePart = s.PartName();
+  clip.rels.clear();
 }
 
 // A copy of paragraph `p` holding only offsets [from, to) of its text.
@@ -185,6 +194,7 @@ bool BlocksOf(Story& s, int start, int end, pugi::xml_node* A, pugi::xml_node* B
 
 void CopySelection(const DocPtr& doc) {
   DocModel& d = Live(doc);
+  Clipboard& clip = d.Clip();
   auto& sel = d.sel;
   Story& s = *sel.story;
   if (sel.Collapsed()) NotAvailable("nothing is selected");
@@ -193,7 +203,7 @@ void CopySelection(const DocPtr& doc) {
     auto tbl = TableOfRow(first);
     bool whole = first == FirstRow(tbl) && last == LastRow(tbl);
     Reset(whole ? Clipboard::Table : Clipboard::Rows, d, s);
-    auto t = g_clip.Root().append_child("w:tbl");
+    auto t = clip.Root().append_child("w:tbl");
     if (auto p = tbl.child("w:tblPr")) t.append_copy(p);
     if (auto g = tbl.child("w:tblGrid")) t.append_copy(g);
     for (auto r = first; r; r = NextRow(r)) {
@@ -209,7 +219,7 @@ void CopySelection(const DocPtr& doc) {
     bool wholeCells = cells.size() > 1 || (sel.start <= one.start && sel.end >= one.end);
     if (wholeCells) {
       Reset(Clipboard::Cells, d, s);
-      auto t = g_clip.Root().append_child("w:tbl");
+      auto t = clip.Root().append_child("w:tbl");
       pugi::xml_node tbl;
       for (auto n = cells.front().parent(); n; n = n.parent())
         if (Is(n, "w:tbl")) { tbl = n; break; }
@@ -234,7 +244,7 @@ void CopySelection(const DocPtr& doc) {
   pugi::xml_node A, B;
   if (!BlocksOf(s, sel.start, sel.end, &A, &B)) throw ComError(E_NOTIMPL, "copying across containers");
   Reset(Clipboard::Text, d, s);
-  auto root = g_clip.Root();
+  auto root = clip.Root();
   for (auto n = A;; n = NextBlock(n)) {
     if (!n) break;
     if (Is(n, "w:p")) {
@@ -243,10 +253,10 @@ void CopySelection(const DocPtr& doc) {
       int from = std::max(0, sel.start - ps);
       int to = std::min(p->TextLength(), sel.end - ps);
       CopyParagraphPart(p, from, to, root);
-      g_clip.endsWithMark = sel.end > ps + p->TextLength();
+      clip.endsWithMark = sel.end > ps + p->TextLength();
     } else {
       root.append_copy(n);
-      g_clip.endsWithMark = true;
+      clip.endsWithMark = true;
     }
     if (n == B) break;
   }
@@ -276,13 +286,14 @@ void InsertRunsAt(DocModel& d, Story& s, Item* p, int off, pugi::xml_node src) {
 
 // Pastes text or blocks at an insertion point; returns the position after them.
 int PasteBlocks(DocModel& d, Story& s, int pos) {
+  const Clipboard& clip = d.Clip();
   std::vector<pugi::xml_node> items;
-  for (auto c = g_clip.Root().first_child(); c; c = c.next_sibling()) items.push_back(c);
+  for (auto c = clip.Root().first_child(); c; c = c.next_sibling()) items.push_back(c);
   if (items.empty()) return pos;
   int off = 0;
   Item* p = s.ItemAt(pos, &off);
   if (!p || p->kind != Item::Paragraph) NotAvailable("cannot paste at the end of a table row");
-  if (items.size() == 1 && Is(items[0], "w:p") && !g_clip.endsWithMark) {
+  if (items.size() == 1 && Is(items[0], "w:p") && !clip.endsWithMark) {
     int before = p->TextLength();
     InsertRunsAt(d, s, p, off, items[0]);
     return pos + p->TextLength() - before;
@@ -298,7 +309,7 @@ int PasteBlocks(DocModel& d, Story& s, int pos) {
     InsertRunsAt(d, s, d1, d1->TextLength(), items[0]);
     from = 1;
   }
-  bool lastInline = !g_clip.endsWithMark && to > from && Is(items.back(), "w:p");
+  bool lastInline = !clip.endsWithMark && to > from && Is(items.back(), "w:p");
   if (lastInline) --to;
   for (size_t k = from; k < to; ++k) InsertBlockCopy(d, s, items[k], d2->node);
   if (lastInline) {
@@ -309,7 +320,7 @@ int PasteBlocks(DocModel& d, Story& s, int pos) {
   return s.StartOf(d2);
 }
 
-pugi::xml_node ClipTable() { return g_clip.Root().child("w:tbl"); }
+pugi::xml_node ClipTable(const Clipboard& clip) { return clip.Root().child("w:tbl"); }
 
 // A new table made of the clipboard's rows, before the paragraph at `pos` (split
 // there when the position is inside it). Returns the paragraph after the table.
@@ -318,7 +329,7 @@ Item* PasteTableAt(DocModel& d, Story& s, int pos) {
   Item* p = s.ItemAt(pos, &off);
   if (!p || p->kind != Item::Paragraph) NotAvailable("cannot paste a table here");
   if (off > 0) p = s.ItemAt(SplitParagraph(s, pos), &off);
-  InsertBlockCopy(d, s, ClipTable(), p->node);
+  InsertBlockCopy(d, s, ClipTable(d.Clip()), p->node);
   return p;
 }
 
@@ -328,9 +339,10 @@ void Copy(const DocPtr& doc) { CopySelection(doc); }
 
 void Cut(const DocPtr& doc) {
   DocModel& d = Live(doc);
+  Clipboard& clip = d.Clip();
   CopySelection(doc);
   Story& s = *d.sel.story;
-  if (g_clip.kind == Clipboard::Rows || g_clip.kind == Clipboard::Table) {
+  if (clip.kind == Clipboard::Rows || clip.kind == Clipboard::Table) {
     pugi::xml_node first, last;
     WholeRows(s, d.sel.start, d.sel.end, &first, &last);
     int pos = DeleteRows(s, first, last);
@@ -343,18 +355,19 @@ void Cut(const DocPtr& doc) {
 
 void Paste(const DocPtr& doc) {
   DocModel& d = Live(doc);
-  if (g_clip.kind == Clipboard::Empty) NotAvailable("the clipboard is empty");
+  Clipboard& clip = d.Clip();
+  if (clip.kind == Clipboard::Empty) NotAvailable("the clipboard is empty");
   Story& s = *d.sel.story;
-  bool singleCell = g_clip.kind == Clipboard::Cells && RowsOf(ClipTable()).size() == 1 &&
-                    CellsOf(FirstRow(ClipTable())).size() == 1;
-  bool rows = g_clip.kind == Clipboard::Rows || g_clip.kind == Clipboard::Table ||
-              (g_clip.kind == Clipboard::Cells && !singleCell);
+  bool singleCell = clip.kind == Clipboard::Cells && RowsOf(ClipTable(clip)).size() == 1 &&
+                    CellsOf(FirstRow(ClipTable(clip))).size() == 1;
+  bool rows = clip.kind == Clipboard::Rows || clip.kind == Clipboard::Table ||
+              (clip.kind == Clipboard::Cells && !singleCell);
   if (rows) {
     Level a, b;
     if (CommonTable(s, d.sel.start, d.sel.end, &a, &b)) {
       // Above the selected row, or the row of the insertion point.
       auto target = a.tr;
-      for (auto r = FirstRow(ClipTable()); r; r = NextRow(r)) {
+      for (auto r = FirstRow(ClipTable(clip)); r; r = NextRow(r)) {
         auto copy = target.parent().insert_copy_before(r, target);
         SanitizeCopy(d, copy);
         RetargetRels(d, s.PartName(), copy);
@@ -372,7 +385,7 @@ void Paste(const DocPtr& doc) {
     if (p && p->kind == Item::Paragraph && p->TextLength() == 0 && Is(prev, "w:tbl")) {
       // In the empty paragraph after a table: the rows join that table.
       auto anchor = LastRow(prev);
-      for (auto r = FirstRow(ClipTable()); r; r = NextRow(r)) {
+      for (auto r = FirstRow(ClipTable(clip)); r; r = NextRow(r)) {
         auto copy = anchor.parent().insert_copy_after(r, anchor);
         SanitizeCopy(d, copy);
         RetargetRels(d, s.PartName(), copy);
@@ -388,24 +401,24 @@ void Paste(const DocPtr& doc) {
     SetSelection(d, &s, at, at);
     return;
   }
-  if (g_clip.kind == Clipboard::Cells) {
+  if (clip.kind == Clipboard::Cells) {
     // A single cell: its blocks, the last paragraph without its (end-of-cell) mark.
-    auto tc = CellsOf(FirstRow(ClipTable())).front();
+    auto tc = CellsOf(FirstRow(ClipTable(clip))).front();
     auto fresh = std::make_unique<pugi::xml_document>();
     auto root = fresh->append_child("clip");
     for (auto c = tc.first_child(); c; c = c.next_sibling())
       if (!Is(c, "w:tcPr")) root.append_copy(c);
-    std::swap(g_clip.frag, fresh);
-    g_clip.endsWithMark = false;
-    g_clip.kind = Clipboard::Text;
+    std::swap(clip.frag, fresh);
+    clip.endsWithMark = false;
+    clip.kind = Clipboard::Text;
     struct Restore {
-      std::unique_ptr<pugi::xml_document>& slot;
+      Clipboard& clip;
       std::unique_ptr<pugi::xml_document> keep;
       ~Restore() {
-        std::swap(slot, keep);
-        g_clip.kind = Clipboard::Cells;
+        std::swap(clip.frag, keep);
+        clip.kind = Clipboard::Cells;
       }
-    } restore{g_clip.frag, std::move(fresh)};
+    } restore{clip, std::move(fresh)};
     if (!d.sel.Collapsed()) DeleteSelectionContent(doc, false);
     int end = PasteBlocks(d, s, d.sel.start);
     SetSelection(d, &s, end, end);
@@ -418,7 +431,8 @@ void Paste(const DocPtr& doc) {
 
 void PasteAsNestedTable(const DocPtr& doc) {
   DocModel& d = Live(doc);
-  if (g_clip.kind != Clipboard::Rows && g_clip.kind != Clipboard::Table && g_clip.kind != Clipboard::Cells)
+  Clipboard& clip = d.Clip();
+  if (clip.kind != Clipboard::Rows && clip.kind != Clipboard::Table && clip.kind != Clipboard::Cells)
     NotAvailable("the clipboard holds no table cells");
   Story& s = *d.sel.story;
   auto lv = LevelsAt(s, d.sel.start);

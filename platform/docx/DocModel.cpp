@@ -1,5 +1,7 @@
 #include "platform/docx/DocModel.h"
 
+#include <atomic>
+
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -51,8 +53,12 @@ pugi::xml_node RunProps::Edit() {
 }
 
 // ---- DocModel ----
-DocModel::DocModel(std::shared_ptr<EngineOptions> options) : m_options(std::move(options)) {
+DocModel::DocModel(std::shared_ptr<EngineOptions> options, std::shared_ptr<Clipboard> clipboard)
+    : m_options(std::move(options)), m_clipboard(std::move(clipboard)) {
+  static std::atomic<std::uint64_t> serials{0};
+  m_serial = ++serials;
   if (!m_options) m_options = std::make_shared<EngineOptions>();
+  if (!m_clipboard) m_clipboard = NewClipboard();
 }
 DocModel::~DocModel() = default;
 

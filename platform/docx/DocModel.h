@@ -3,6 +3,7 @@
 // state of its window (selection, view). See ENGINE.md.
 #include <pugixml.hpp>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -43,9 +44,23 @@ class RunProps {
   std::shared_ptr<pugi::xml_document> m_doc;
 };
 
+// The clipboard of an application (Clipboard.cpp); its documents share it.
+struct Clipboard;
+std::shared_ptr<Clipboard> NewClipboard();
+
+// Word's column selection is not one span: the selection holds the span from the column's
+// first to its last cell, and this remembers which cells it means for as long as the
+// selection stays as it was set (Tables.cpp).
+struct ColumnSelection {
+  Story* story = nullptr;
+  int start = -1, end = -1;
+  pugi::xml_node tbl;
+  int g1 = 0, g2 = 0;
+};
+
 class DocModel {
  public:
-  DocModel(std::shared_ptr<EngineOptions> options);
+  DocModel(std::shared_ptr<EngineOptions> options, std::shared_ptr<Clipboard> clipboard);
   ~DocModel();
 
   // Loads a package (.docx, .dotx, .docm, .dotm) and makes a new document of it,
@@ -64,6 +79,10 @@ class DocModel {
   Story& PartStory(const std::string& part, StoryType type);
   Story* FindStory(const std::string& part);
   EngineOptions& Options() { return *m_options; }
+  Clipboard& Clip() { return *m_clipboard; }
+  // A number no other document of this process has had: tells documents apart where an
+  // address could be reused.
+  std::uint64_t Serial() const { return m_serial; }
 
   // Paragraph outline level (0..8), -1 when none: direct w:outlineLvl, else the style chain.
   int OutlineLevel(pugi::xml_node p);
@@ -80,6 +99,7 @@ class DocModel {
   // Window state
   SelectionState sel;
   SelectionState mainSel;   // kept while the selection is in a header or footer
+  ColumnSelection columnSel;
   int viewType = 3;         // wdPrintView
   int seekView = 0;         // wdSeekMainDocument
   // Formatting set on a collapsed selection (Font.Size ...), used by the next typing there.
@@ -103,6 +123,8 @@ class DocModel {
   void LoadStyles();
 
   std::shared_ptr<EngineOptions> m_options;
+  std::shared_ptr<Clipboard> m_clipboard;
+  std::uint64_t m_serial;
   Package m_pkg;
   std::string m_mainPart;
   Story* m_main = nullptr;

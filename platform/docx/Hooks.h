@@ -1,8 +1,7 @@
 #pragma once
 // The seams between the engine core and its table, clipboard and table-of-contents
 // layers. The core calls these; each is defined in exactly one file of the layer
-// that owns it (TableStubs.cpp, ClipboardStubs.cpp, TocStubs.cpp until those
-// layers land: replace the stub file by the real one, keeping the signatures).
+// that owns it (Tables.cpp, Clipboard.cpp, Toc.cpp).
 #include <memory>
 
 #include "platform/docx/DocModel.h"

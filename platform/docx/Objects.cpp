@@ -1205,6 +1205,7 @@ struct AppState {
   std::string fileOpenDir;
   std::map<int, Word::String> defaultPaths;
   std::shared_ptr<EngineOptions> options = std::make_shared<EngineOptions>();
+  std::shared_ptr<Clipboard> clipboard = NewClipboard();  // shared by the documents of this application
   std::vector<DocPtr> documents;
   DocPtr active;
   int counter = 0;
@@ -1291,7 +1292,7 @@ class DocumentsImpl : public Word::Documents {
   Ptr<Word::Document> Add(const Variant& Template, const Variant& NewTemplate, const Variant&, const Variant&) override {
     m_app->Check();
     if (NewTemplate.AsBoolOr(false)) throw ComError(E_NOTIMPL, "new templates");
-    auto doc = std::make_shared<DocModel>(m_app->options);
+    auto doc = std::make_shared<DocModel>(m_app->options, m_app->clipboard);
     if (Template.IsMissing() || Template.AsString().empty()) {
       doc->LoadBlank();
     } else {

@@ -935,21 +935,11 @@ Ptr<Word::Table> TablesImpl::Add(const Ptr<Word::Range>& range, std::int32_t num
 }
 
 // ---------------------------------------------------------------- column selection
-// Word's column selection is not one span; the selection holds the span from the
-// column's first to its last cell, and this remembers which cells it means for as
-// long as the selection stays as it was set.
-struct ColumnSelection {
-  const DocModel* doc = nullptr;
-  Story* story = nullptr;
-  int start = -1, end = -1;
-  pugi::xml_node tbl;
-  int g1 = 0, g2 = 0;
-};
-ColumnSelection g_columnSel;
-
+// The document's column selection (DocModel::columnSel), while the selection is as it was set.
 bool ColumnSelectionHolds(const DocModel& d) {
-  return g_columnSel.doc == &d && d.sel.story == g_columnSel.story && d.sel.start == g_columnSel.start &&
-         d.sel.end == g_columnSel.end && g_columnSel.story && g_columnSel.story->ItemOf(LastRow(g_columnSel.tbl));
+  const ColumnSelection& c = d.columnSel;
+  return c.story && d.sel.story == c.story && d.sel.start == c.start && d.sel.end == c.end &&
+         c.story->ItemOf(LastRow(c.tbl));
 }
 
 void ColumnImpl::SelectCellRange(const DocPtr& doc, Story& s, pugi::xml_node tbl, int g1, int g2) {
@@ -957,7 +947,7 @@ void ColumnImpl::SelectCellRange(const DocPtr& doc, Story& s, pugi::xml_node tbl
   if (cells.empty()) NotInTable();
   int start = CellSpan(s, cells.front()).start, end = CellSpan(s, cells.back()).end;
   SetSelection(*doc, &s, start, end);
-  g_columnSel = ColumnSelection{doc.get(), &s, start, end, tbl, g1, g2};
+  doc->columnSel = ColumnSelection{&s, start, end, tbl, g1, g2};
 }
 
 }  // namespace
@@ -965,7 +955,7 @@ void ColumnImpl::SelectCellRange(const DocPtr& doc, Story& s, pugi::xml_node tbl
 // ---------------------------------------------------------------- shared helpers
 void SetSelection(DocModel& doc, Story* story, int start, int end) {
   doc.sel = SelectionState{story, start, end, false};
-  g_columnSel = ColumnSelection{};
+  doc.columnSel = ColumnSelection{};
 }
 
 bool WholeRows(Story& s, int start, int end, pugi::xml_node* first, pugi::xml_node* last) {
@@ -978,8 +968,9 @@ bool WholeRows(Story& s, int start, int end, pugi::xml_node* first, pugi::xml_no
 }
 
 std::vector<pugi::xml_node> SelectedCells(const DocPtr& doc, Story& s, int start, int end) {
-  if (ColumnSelectionHolds(*doc) && &s == g_columnSel.story && start == g_columnSel.start && end == g_columnSel.end)
-    return CellsInGrid(FirstRow(g_columnSel.tbl), LastRow(g_columnSel.tbl), g_columnSel.g1, g_columnSel.g2);
+  const ColumnSelection& c = doc->columnSel;
+  if (ColumnSelectionHolds(*doc) && &s == c.story && start == c.start && end == c.end)
+    return CellsInGrid(FirstRow(c.tbl), LastRow(c.tbl), c.g1, c.g2);
   Level a, b;
   if (!CommonTable(s, start, end, &a, &b)) return {};
   std::vector<pugi::xml_node> out;
@@ -1074,7 +1065,7 @@ GridCols SelectedGridCols(const DocPtr& doc, DocModel& d, pugi::xml_node* tbl) {
 
 Word::Ptr<Word::Columns> SelectionColumns(const DocPtr& doc) {
   DocModel& d = Live(doc);
-  if (ColumnSelectionHolds(d)) return MakeColumns(doc, d.sel.story, g_columnSel.tbl, g_columnSel.g1, g_columnSel.g2);
+  if (ColumnSelectionHolds(d)) return MakeColumns(doc, d.sel.story, d.columnSel.tbl, d.columnSel.g1, d.columnSel.g2);
   pugi::xml_node tbl;
   const GridCols cols = SelectedGridCols(doc, d, &tbl);
   return MakeColumns(doc, d.sel.story, tbl, cols.first, cols.last);
@@ -1273,7 +1264,7 @@ void DeleteSelectionContent(const DocPtr& doc, bool removeRows) {
   if (CommonTable(s, sel.start, sel.end, &a, &b)) {
     // Cells keep their place and lose their content; the selection stays over them.
     bool column = ColumnSelectionHolds(d);
-    ColumnSelection keep = g_columnSel;
+    ColumnSelection keep = d.columnSel;
     auto cells = SelectedCells(doc, s, sel.start, sel.end);
     bool rows = WholeRows(s, sel.start, sel.end, &first, &last);
     for (auto c : cells) ClearCell(s, c);
@@ -1281,9 +1272,9 @@ void DeleteSelectionContent(const DocPtr& doc, bool removeRows) {
     int ne = rows ? RowSpan(s, last).end : CellSpan(s, cells.back()).end;
     SetSelection(d, &s, ns, ne);
     if (column) {
-      g_columnSel = keep;
-      g_columnSel.start = ns;
-      g_columnSel.end = ne;
+      d.columnSel = keep;
+      d.columnSel.start = ns;
+      d.columnSel.end = ne;
     }
     return;
   }

@@ -2,23 +2,6 @@
 
 namespace coretest {
 
-bool EngineHasTables() {
-  static const bool has = [] {
-    docxtest::DocxParts parts;
-    parts.body = R"(<w:tbl><w:tblGrid><w:gridCol w:w="2000"/></w:tblGrid><w:tr><w:tc><w:p><w:r><w:t>x</w:t></w:r></w:p></w:tc></w:tr></w:tbl>)" +
-                docxtest::P("after");
-    try {
-      Session s(parts);
-      s.sel->GetFind()->Execute(Word::Variant(Word::String(u"x")));
-      s.sel->SelectCell();
-      return s.sel->GetTables()->GetCount() == 1;
-    } catch (const Word::ComError&) {
-      return false;
-    }
-  }();
-  return has;
-}
-
 namespace {
 
 class FakeOptions : public Word::Options {

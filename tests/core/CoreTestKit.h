@@ -40,8 +40,6 @@ struct Session {
   std::string Text() { return docxtest::BodyText(Save()); }
 };
 
-// True once the engine's table members work (they say E_NOTIMPL until their layer lands).
-bool EngineHasTables();
 
 // How a FakeWord misbehaves.
 struct FakeWordScript {
