@@ -66,8 +66,7 @@ ZP_EXPORT int GetZPReportOptionsObject(const char16_t* resourceLibrary, unsigned
                                        COVReportOptions** result) {
   const CString library(resourceLibrary);
   if (!library.IsEmpty() && !LoadResourceModule(library)) ShowPlainMessage(ResourceModuleNotFoundText(library));
-  g_archiveVersion = static_cast<int>(version);
-  *result = new CZPNewReportOptions();
+  *result = new CZPNewReportOptions(static_cast<int>(version));
   return 1;
 }
 

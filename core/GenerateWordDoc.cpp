@@ -16,8 +16,6 @@
 
 namespace {
 
-void RequestCancel() { g_cancelRequested = 1; }
-
 // One section of the walk: its kind, its tags and how its writer is called.
 struct WalkStep {
   int kind;
@@ -137,7 +135,7 @@ void CZPReport::DeleteSection(const CString& tag) {
 }
 
 int CZPReport::IsUserCanceled(CThreadedRunMessageBox* box, const CString& stepText) {
-  if (g_cancelRequested != 1) {
+  if (m_cancelRequested != 1) {
     if (box) {
       ++m_progressStep;
       box->ReportStep(m_progressStep, stepText);
@@ -162,7 +160,7 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
   const CString templateFile = m_officeVersion < 12 ? kStudyTemplate2003 : kStudyTemplate2007;
   if (!InitWord(templateFile, templateFolder)) return 0;
 
-  g_cancelRequested = 0;
+  m_cancelRequested = 0;
   m_progressStep = 0;
 
   const CString title = ZpCommonString(55026);
@@ -178,7 +176,7 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
   statusLine += u"...";
 
   CThreadedRunMessageBox box(u"IDR_WORDGENERATING_GIF", title, statusLine, cancelQuestion,
-                             GetTotalIncludedSections() + 2, &RequestCancel, 0);
+                             GetTotalIncludedSections() + 2, [this] { m_cancelRequested = 1; }, 0);
 
   CString scratchFolder = CreateScratchFolder();
   int scratchFolderMade = 1;
@@ -231,7 +229,7 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
     auto tables = Word::Checked(m_wordDocument)->GetTablesOfContents();
     if (Word::Checked(tables)->GetCount() > 0) Word::Checked(tables->Item(1))->Update();
 
-    if (g_cancelRequested == 0) {
+    if (m_cancelRequested == 0) {
       m_wordDocument->SaveAs(Word::Variant(Word::String(m_documentPath)),
                              m_officeVersion >= 12 ? Word::Variant::I2(Word::wdFormatDocumentDefault)
                                                    : Word::Variant());

@@ -37,11 +37,11 @@ void CZPReport::Serialize(CArchive& archive) {
             << m_loadCaseName;
   } else {
     archive >> m_documentPath >> m_reportName >> m_fileBaseName;
-    if (g_loadedVersion >= kArchiveVersionOutOfDate)
+    if (archive.GetArchiveVersion() >= kArchiveVersionOutOfDate)
       archive >> m_outOfDate;
     else
       m_outOfDate = 0;
-    if (g_loadedVersion >= kArchiveVersionLoadCase) archive >> m_isLoadCaseReport >> m_loadCaseName;
+    if (archive.GetArchiveVersion() >= kArchiveVersionLoadCase) archive >> m_isLoadCaseReport >> m_loadCaseName;
   }
   m_headerInfo->Serialize(archive);
   m_format->Serialize(archive);

@@ -1,6 +1,8 @@
 #pragma once
 // CZPReport: one report of a study: its names and document, its own copies of a format and
 // of the header data, and, for the length of a run, the Word instance it drives.
+#include <atomic>
+
 #include "core/framework/COVReport.h"
 #include "core/framework/COVReportManager.h"
 #include "platform/mfc/CString.h"
@@ -75,6 +77,9 @@ public:
   Word::Ptr<Word::Selection> m_wordSelection;
   Word::Ptr<Word::Document> m_wordDocument;
   int m_progressStep = 0;
+  // 1 once the user has confirmed a cancel in this run's progress box (set from the box's
+  // thread); the run sets it to 0 after Word has started and polls it at each section boundary.
+  std::atomic<int> m_cancelRequested{0};
   CZPReportHeaderInfo* m_headerInfo = nullptr;  // owned
   CZPReportManager* m_manager = nullptr;        // not owned
   int m_officeVersion = -1;

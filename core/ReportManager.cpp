@@ -116,14 +116,17 @@ void CZPReportManager::RemoveDuplicateReports() {
 
 void CZPReportManager::Serialize(CArchive& archive) {
   if (archive.IsStoring()) {
-    archive << g_archiveVersion;
+    const CZPNewReportOptions* options = CurrentOptions();
+    archive << (options ? options->ArchiveVersion() : kNewestArchiveVersion);
     archive << static_cast<int>(m_images.size());
     for (COVReportImage* image : m_images) image->Serialize(archive);
     RemoveDuplicateReports();
     archive << static_cast<int>(m_reports.size());
     for (COVReport* report : m_reports) report->Serialize(archive);
   } else {
-    archive >> g_loadedVersion;
+    int version = 0;
+    archive >> version;
+    archive.SetArchiveVersion(version);
     int images = 0;
     archive >> images;
     for (int n = 0; n < images; ++n) {

@@ -1,5 +1,4 @@
 #include "core/RunFlags.h"
 
-int g_cancelRequested = 0;
 int g_batchCancelState = 0;
 int g_progressThreadEnded = 1;

@@ -39,14 +39,12 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   char dir[] = "/tmp/zp_fuzz_XXXXXX";
   if (mkdtemp(dir)) zpUtilities_c::SetOVAppDataFolder(FromUtf8(dir));
   SetMessageBox(&g_box);
-  g_archiveVersion = kNewestArchiveVersion;
   g_options = new CZPNewReportOptions();
   return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CZPNewReportOptions& options = *g_options;
-  g_loadedVersion = 0;
   Reload(options, std::vector<BYTE>(data, data + size));
   if (g_box.Count() != 0) __builtin_trap();  // a load shows no message
 

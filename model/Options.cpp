@@ -22,7 +22,8 @@ CZPNewReportOptions::PreferencePageHooks Hooks() {
 
 }  // namespace
 
-CZPNewReportOptions::CZPNewReportOptions() : m_headerInfo(new CZPReportHeaderInfo()) {
+CZPNewReportOptions::CZPNewReportOptions(int archiveVersion)
+    : m_archiveVersion(archiveVersion), m_headerInfo(new CZPReportHeaderInfo()) {
   LoadFormats();
   if (m_formats.empty()) {
     for (int type = 0; type < 10; ++type) {
@@ -66,11 +67,11 @@ void CZPNewReportOptions::LoadFormatsFrom(CFile& file) {
     CArchive ar(&file, CArchive::load, 4096);
     int version = 0;
     ar >> version;
-    if (version > g_archiveVersion) {
+    if (version > m_archiveVersion) {
       ar.Close();
       return;
     }
-    g_loadedVersion = version;
+    ar.SetArchiveVersion(version);
     int count = 0;
     ar >> count;
     for (int i = 0; i < count; ++i) {
@@ -94,7 +95,7 @@ void CZPNewReportOptions::SaveFormats() {
 
 void CZPNewReportOptions::SaveFormatsTo(CFile& file) {
   CArchive ar(&file, CArchive::store, 4096);
-  ar << g_archiveVersion;
+  ar << m_archiveVersion;
   int count = 0;
   for (const COVReportFormat* f : m_formats) count += f ? 1 : 0;
   ar << count;

@@ -9,6 +9,7 @@
 // constructor falls back on the default formats when no format was complete.
 #include <functional>
 
+#include "model/Archive.h"
 #include "model/Format.h"
 #include "model/HeaderInfo.h"
 #include "model/framework/COVReportOptions.h"
@@ -23,8 +24,12 @@ class CZPNewReportOptions : public COVReportOptions {
 public:
   // Makes the header info, loads the formats file, falls back on the ten default formats
   // when it gave none, and makes the first format the current one.
-  CZPNewReportOptions();
+  // archiveVersion: the version of the archive encoding that this add-in writes; a formats
+  // file of a newer version is not read.
+  explicit CZPNewReportOptions(int archiveVersion = kNewestArchiveVersion);
   ~CZPNewReportOptions() override;
+
+  int ArchiveVersion() const { return m_archiveVersion; }
 
   void LoadFormats() override;
   // Writes the formats file; the folder is not made here. Failures of the store itself
@@ -68,5 +73,6 @@ public:
   // The dialog id of the preference page.
   static constexpr unsigned kPreferencePageIDD = 13027;
 
+  int m_archiveVersion;
   CZPReportHeaderInfo* m_headerInfo = nullptr;  // owned; never null after construction
 };

@@ -185,7 +185,7 @@ void CZPNewReportSectionStudyResults::Serialize(CArchive& ar) {
     ar << m_resultOption << m_resultExtra;
   } else {
     ar >> m_resultOption;
-    if (g_loadedVersion >= kArchiveVersionResultExtra) ar >> m_resultExtra;
+    if (ar.GetArchiveVersion() >= kArchiveVersionResultExtra) ar >> m_resultExtra;
   }
 }
 

@@ -16,7 +16,7 @@ CThreadedRunMessageBox::CThreadedRunMessageBox(const CString& /*animationName*/,
                                                const CString& messageLine,
                                                const CString& cancelQuestion, int totalSteps,
                                                RunCancelCallback callback, int /*delaySeconds*/)
-    : m_view(CurrentRunProgressView()), m_callback(callback), m_totalSteps(totalSteps) {
+    : m_view(CurrentRunProgressView()), m_callback(std::move(callback)), m_totalSteps(totalSteps) {
   g_progressThreadEnded = 0;
   if (m_view) m_view->Opened(title, messageLine, totalSteps, cancelQuestion);
 }

@@ -7,11 +7,13 @@
 // run shows nothing and cannot be cancelled from outside. A view that answers a step with
 // "cancel" stands for the user who pressed the cancel button and said yes to the question:
 // the box then calls the run's cancel callback, once.
+#include <functional>
+
 #include "platform/mfc/CObject.h"
 #include "platform/mfc/CString.h"
 
-// Called after a confirmed cancel; the drivers pass one that sets g_cancelRequested.
-using RunCancelCallback = void (*)();
+// Called after a confirmed cancel; a driver passes one that sets its run's cancel flag.
+using RunCancelCallback = std::function<void()>;
 
 class IRunProgressView {
 public:

@@ -12,6 +12,6 @@ void COVBaseReportHeaderInfo::Serialize(CArchive& ar) {
     ar >> m_logoOn >> m_designerOn >> m_companyOn >> m_addressOn >> m_phoneOn >> m_faxOn >> m_emailOn;
     ar >> m_logoPath >> m_designer >> m_company >> m_address1 >> m_address2 >> m_phone >> m_fax >> m_email;
     ar >> m_showOnPublish >> m_publishOption >> m_reportFolder;
-    if (g_loadedVersion >= kArchiveVersionHeaderChoice) ar >> m_headerChoice;
+    if (ar.GetArchiveVersion() >= kArchiveVersionHeaderChoice) ar >> m_headerChoice;
   }
 }

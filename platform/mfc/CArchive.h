@@ -38,6 +38,11 @@ public:
   bool IsStoring() const noexcept { return (m_mode & load) == 0; }
   CFile* GetFile() const noexcept { return m_file; }
 
+  // The version of the encoding that this archive is read in, as its first record gave it
+  // (0 until a load has read it): the version tests of a load ask the archive being read.
+  int GetArchiveVersion() const noexcept { return m_archiveVersion; }
+  void SetArchiveVersion(int version) noexcept { m_archiveVersion = version; }
+
   // Writes what is buffered (store) and detaches from the file; the file stays open.
   void Close();
   // Writes what is buffered to the file.
@@ -118,6 +123,8 @@ private:
   void CheckStoring() const;
 
   CFile* m_file;
+
+  int m_archiveVersion = 0;
   UINT m_mode;
   std::vector<unsigned char> m_buffer;
   std::size_t m_cur = 0;  // next byte to read / first free byte to write

@@ -179,10 +179,9 @@ TEST(FormatRecord, AllLayoutsRoundTripWithClassesAndFields) {
     Bytes b = StoreBytes([&](CArchive& ar) { f.Serialize(ar); });
     CMemFile file(b);
     CArchive ar(&file, CArchive::load);
-    g_loadedVersion = kNewestArchiveVersion;
+    ar.SetArchiveVersion(kNewestArchiveVersion);
     CZPNewReportFormat back(-1);
     back.Serialize(ar);
-    g_loadedVersion = 0;
     EXPECT_EQ(Kinds(back), Kinds(f));
     auto it = f.GetSections().begin();
     for (auto* s : back.GetSections()) {

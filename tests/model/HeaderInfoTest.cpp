@@ -70,11 +70,10 @@ TEST(HeaderInfo, RecordOrderAndTheLastIntFrom890108) {
   // Version 890107: item 19 is not read; the next item begins right behind m_reportFolder.
   Bytes old(b.begin(), b.end() - 4);
   Bytes stream = RawWriter().Raw(old).Int(4242).bytes();
-  int saved = g_loadedVersion;
   for (int version : {890107, 890108}) {
-    g_loadedVersion = version;
     CMemFile file(stream);
     CArchive ar(&file, CArchive::load);
+    ar.SetArchiveVersion(version);
     CZPReportHeaderInfo back;
     back.m_headerChoice = 9;
     back.Serialize(ar);
@@ -89,7 +88,6 @@ TEST(HeaderInfo, RecordOrderAndTheLastIntFrom890108) {
       EXPECT_EQ(back.m_headerChoice, 4242);
     }
   }
-  g_loadedVersion = saved;
 }
 
 }  // namespace

@@ -32,16 +32,10 @@ protected:
     m_dir = tmpl;
     m_appData = m_dir + "/appdata";
     zpUtilities_c::SetOVAppDataFolder(FromUtf8(m_appData));
-    m_savedArchive = g_archiveVersion;
-    m_savedLoaded = g_loadedVersion;
-    g_archiveVersion = kNewestArchiveVersion;
-    g_loadedVersion = 0;
   }
   void TearDown() override {
     EXPECT_EQ(m_box.Count(), 0u) << "the model shows no messages";
     zpUtilities_c::SetOVAppDataFolder(CString());
-    g_archiveVersion = m_savedArchive;
-    g_loadedVersion = m_savedLoaded;
     std::filesystem::remove_all(m_dir);
   }
 
@@ -59,8 +53,6 @@ protected:
   std::string m_dir;
   std::string m_appData;
   ScopedMessageBox m_box;
-  int m_savedArchive = 0;
-  int m_savedLoaded = 0;
 };
 
 // A little writer of raw records, for archives of older layouts.

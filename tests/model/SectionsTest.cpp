@@ -22,10 +22,8 @@ std::unique_ptr<T> RoundTrip(T& section, int loadedVersion = kNewestArchiveVersi
   auto back = std::unique_ptr<T>(static_cast<T*>(CZPNewReportSection::CreateSection(section.getType())));
   CMemFile file(bytes);
   CArchive ar(&file, CArchive::load);
-  int saved = g_loadedVersion;
-  g_loadedVersion = loadedVersion;
+  ar.SetArchiveVersion(loadedVersion);
   back->Serialize(ar);
-  g_loadedVersion = saved;
   return back;
 }
 
@@ -222,7 +220,7 @@ TEST(SectionRecord, StudyResultsReadTheExtraIntFrom850020On) {
     CZPNewReportSectionStudyResults back;
     CMemFile file(old);
     CArchive ar(&file, CArchive::load);
-    g_loadedVersion = version;
+    ar.SetArchiveVersion(version);
     back.Serialize(ar);
     EXPECT_EQ(back.m_resultOption, 0);
     if (version == 850019) {
@@ -234,7 +232,6 @@ TEST(SectionRecord, StudyResultsReadTheExtraIntFrom850020On) {
       EXPECT_EQ(back.m_resultExtra, 777);
     }
   }
-  g_loadedVersion = 0;
   // A store always writes both.
   Bytes full = StoreBytes([&](CArchive& ar) { r.Serialize(ar); });
   EXPECT_EQ(full.size(), base.size() + 8);
