@@ -3,7 +3,7 @@
 // header info they start with, and the publish settings; kept in the file
 // "studyReportFormats" of the application data folder.
 //
-// The formats file: int32 version (g_archiveVersion at the store), int32 number of formats,
+// The formats file: int32 version (the options' archive version at the store), int32 number of formats,
 // each format's record, the header info's record. A load of a file that is missing, empty,
 // of a newer version or damaged never shows a message: it keeps what could be read, and the
 // constructor falls back on the default formats when no format was complete.
