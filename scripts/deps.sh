@@ -4,7 +4,7 @@
 set -euo pipefail
 pkgs=(build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev
       libpugixml-dev libzip-dev zlib1g-dev nlohmann-json3-dev libcli11-dev libstb-dev
-      clang libclang-rt-14-dev zip)
+      clang libclang-rt-14-dev zip locales)
 if [[ "${1:-}" == "--with-office" ]]; then
   pkgs+=(libreoffice-writer-nogui poppler-utils fonts-dejavu-core fonts-liberation)
 fi
