@@ -10,6 +10,7 @@ cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZP_SANITIZE=ON -DZP_WERROR=O
 cmake --build build-asan -j"$jobs"
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+export LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp"
 # Every document a test writes is kept here for the package validator below.
 documents="$PWD/build-asan/test-documents"
 rm -rf "$documents" && mkdir -p "$documents"
