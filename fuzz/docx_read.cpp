@@ -11,7 +11,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
-    docx::DocModel doc(nullptr);
+    docx::DocModel doc(nullptr, nullptr);
     doc.LoadFromTemplate("fuzz.dotx", true, std::string(reinterpret_cast<const char*>(data), size));
     docx::Story& s = doc.Main();
     (void)docx::TextOf(s, 0, s.Length());
