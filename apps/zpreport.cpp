@@ -28,7 +28,14 @@ namespace {
 
 std::atomic<int> g_interrupted{0};
 
-void OnInterrupt(int) { g_interrupted = 1; }
+// Ctrl-C and SIGTERM stand for the progress box's cancel: the run stops at the next section
+// and cleans up. A second one ends the program at once.
+void OnInterrupt(int signal) {
+  if (g_interrupted.exchange(1) != 0) {
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+  }
+}
 
 fs::path ExecutableFolder() {
   std::error_code ec;
@@ -65,6 +72,7 @@ struct Library {
   GetZPReportOptionsObjectFn getOptions = nullptr;
   ZpSetRunProgressCallbackFn setProgress = nullptr;
   ZpSetSectionChoiceFn setSectionChoice = nullptr;
+  ZpGetReportRunResultFn runResult = nullptr;
 };
 
 bool LoadLibrary(const fs::path& path, Library& lib) {
@@ -77,6 +85,7 @@ bool LoadLibrary(const fs::path& path, Library& lib) {
   lib.getOptions = reinterpret_cast<GetZPReportOptionsObjectFn>(dlsym(lib.handle, "GetZPReportOptionsObject"));
   lib.setProgress = reinterpret_cast<ZpSetRunProgressCallbackFn>(dlsym(lib.handle, "ZpSetRunProgressCallback"));
   lib.setSectionChoice = reinterpret_cast<ZpSetSectionChoiceFn>(dlsym(lib.handle, "ZpSetSectionChoice"));
+  lib.runResult = reinterpret_cast<ZpGetReportRunResultFn>(dlsym(lib.handle, "ZpGetReportRunResult"));
   if (!lib.getManager || !lib.getOptions) {
     std::cerr << "zpreport: " << path << " does not export the report factory functions\n";
     return false;
@@ -94,6 +103,45 @@ struct GenerateArgs {
   bool open = false;
 };
 
+// Exit codes of `zpreport generate`.
+enum ExitCode {
+  kExitGenerated = 0,
+  kExitBadInput = 2,       // the study file, an argument or the environment cannot be used; nothing written
+  kExitRunFailed = 3,      // the report run failed; no document was written
+  kExitCancelled = 4,      // Ctrl-C or SIGTERM stopped the run
+  kExitIncomplete = 5,     // the document was written, but pictures of it could not be made
+  kExitInternal = 70,      // an error of the program itself
+};
+
+void Warn(const std::string& text) { std::fprintf(stderr, "zpreport: warning: %s\n", text.c_str()); }
+int Stop(int code, const std::string& text) {
+  std::fprintf(stderr, "zpreport: %s\n", text.c_str());
+  return code;
+}
+
+// The folder for temporary files must be usable: the run keeps the pictures it captures there.
+bool TempFolderUsable(std::string& why) {
+  const char* env = std::getenv("TMPDIR");
+  if (!env || !*env) return true;
+  const std::string dir = env;
+  std::error_code ec;
+  if (dir[0] != '/') why = "is not an absolute path";
+  else if (dir.size() > 259) why = "is longer than 259 characters";
+  else if (!fs::is_directory(dir, ec)) why = "is not a folder";
+  else if (::access(dir.c_str(), W_OK | X_OK) != 0) why = "is not writable";
+  if (why.empty()) return true;
+  why = "TMPDIR=" + dir + " " + why + "; the run needs a folder for its temporary pictures";
+  return false;
+}
+
+// The output folder as the report code will use it: it joins paths with backslashes and reads
+// both separators, so a backslash in --out is a separator here too.
+std::string OutputFolder(std::string out) {
+  for (char& c : out)
+    if (c == '\\') c = '/';
+  return out;
+}
+
 // The library's classes are known here by their headers only: their run-time type data lives
 // in the library, so the checker of dynamic types (which would need it) is off where the
 // program calls them.
@@ -104,26 +152,31 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   try {
     study = LoadFixtureStudy(args.study);
   } catch (const StudyFileError& e) {
-    std::cerr << "zpreport: " << e.what() << "\n";
-    return 2;
+    return Stop(kExitBadInput, e.what());
   }
+  for (const std::string& warning : study->Data().warnings) Warn(args.study + ": " + warning);
+
+  if (args.out.empty()) return Stop(kExitBadInput, "--out: the output folder is empty");
+  const std::string outArg = OutputFolder(args.out);
+  if (outArg != args.out) Warn("--out: backslashes are read as folder separators: " + outArg);
+  std::error_code ec;
+  const fs::path outFolder = fs::absolute(outArg, ec).lexically_normal();
+  if (ec) return Stop(kExitBadInput, "--out: " + args.out + ": " + ec.message());
+  fs::create_directories(outFolder, ec);
+  if (!fs::is_directory(outFolder, ec))
+    return Stop(kExitBadInput, "cannot create the output folder " + outFolder.string() + (ec ? ": " + ec.message() : ""));
+  std::string why;
+  if (!TempFolderUsable(why)) return Stop(kExitBadInput, why);
 
   const fs::path exeFolder = ExecutableFolder();
   const fs::path libraryPath = args.library.empty() ? exeFolder / "libzpreport.so" : fs::path(args.library);
   const fs::path templates = args.templates.empty() ? exeFolder / "templates" : fs::path(args.templates);
-  std::error_code ec;
-  const fs::path outFolder = fs::absolute(args.out);
-  fs::create_directories(outFolder, ec);
-  if (!fs::is_directory(outFolder)) {
-    std::cerr << "zpreport: cannot create the folder " << outFolder << "\n";
-    return 2;
-  }
 
   Library lib;
-  if (!LoadLibrary(libraryPath, lib)) return 2;
+  if (!LoadLibrary(libraryPath, lib)) return kExitBadInput;
 
   COVReportOptions* options = nullptr;
-  const CString strings = args.strings.empty() ? CString() : CString(fs::absolute(args.strings).string());
+  const CString strings = args.strings.empty() ? CString() : CString(fs::absolute(args.strings, ec).string());
   lib.getOptions(strings.IsEmpty() ? nullptr : strings.GetString(), zpapp::kArchiveVersion, &options);
 
   // What a user would choose and type in the report dialog comes from the study file.
@@ -132,16 +185,20 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const int studyType = study->GetStudyType();
     auto included = [&](int kind) { return data.excluded.count(kind) ? 0 : 1; };
     for (int kind : data.excluded) lib.setSectionChoice(options, studyType, kind, 0, nullptr);
-    if (!data.description.IsEmpty())
-      lib.setSectionChoice(options, studyType, 0, included(0), data.description.GetString());
+    if (!data.description.IsEmpty() &&
+        lib.setSectionChoice(options, studyType, 0, included(0), data.description.GetString()) == 2)
+      Warn("report.description: " + std::to_string(data.description.GetLength()) + " characters, cut to the " +
+           std::to_string(kZpDescriptionLimit) + " that the report dialog takes");
     for (const auto& [kind, text] : data.comments)
-      lib.setSectionChoice(options, studyType, kind, included(kind), text.GetString());
+      if (lib.setSectionChoice(options, studyType, kind, included(kind), text.GetString()) == 2)
+        Warn("report.comments." + FixtureSectionName(kind) + ": " + std::to_string(text.GetLength()) +
+             " characters, cut to the " + std::to_string(kZpCommentLimit) + " that the report dialog takes");
   }
 
   FixtureHost host(std::move(study));
   host.SetReportOptions(options);
-  host.SetReportTemplatePath(CString(fs::absolute(templates).string()));
-  int result = 1;
+  host.SetReportTemplatePath(CString(fs::absolute(templates, ec).string()));
+  int result = kExitRunFailed;
   {
     HostScope scope(host);
     COVReportManager* manager = nullptr;
@@ -153,33 +210,50 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     }
     if (lib.setProgress) lib.setProgress(&ShowProgress, nullptr);
     std::signal(SIGINT, OnInterrupt);
+    std::signal(SIGTERM, OnInterrupt);
 
     CString folder(outFolder.string());
     CString name = args.name.empty() ? host.Study()->GetStudyName() : CString(args.name);
     const auto started = std::chrono::steady_clock::now();
+    std::string thrown;
     try {
       manager->CreateReport(folder, name, args.open ? 1 : 0);
     } catch (const std::exception& e) {
       // What a run lets pass reaches the add-in; the report stays without a document.
-      std::fprintf(stderr, "\nzpreport: the report run failed: %s\n", e.what());
+      thrown = e.what();
     } catch (...) {
-      std::fprintf(stderr, "\nzpreport: the report run failed\n");
+      thrown = "an unknown error";
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
     if (lib.setProgress) lib.setProgress(nullptr, nullptr);
-    CString documentPath;
-    if (!manager->m_reports.empty()) documentPath = manager->m_reports.back()->m_documentPath;
-    const std::string path = ToUtf8(documentPath);
-    std::string native = path;
+
+    COVReport* report = manager->m_reports.empty() ? nullptr : manager->m_reports.back();
+    const char16_t* reason = u"";
+    int outcome = report && lib.runResult ? lib.runResult(report, &reason) : 0;
+    std::string native = report ? ToUtf8(report->m_documentPath) : std::string();
     for (char& c : native)
       if (c == '\\') c = '/';
-    if (!native.empty() && fs::exists(native)) {
+    const std::string because = ToUtf8(reason ? std::u16string_view(reason) : std::u16string_view());
+    if (outcome == 1) {
       std::printf("%s\n", native.c_str());
-      std::fprintf(stderr, "generated in %.2f s\n", seconds);
-      result = 0;
+      std::fprintf(stderr, "generated in %.2f s%s\n", seconds,
+                   g_interrupted ? " (the interrupt came after the last section: the report is complete)" : "");
+      result = kExitGenerated;
+      const auto& failures = host.Study()->CaptureFailures();
+      for (const std::string& failure : failures) Warn("a picture could not be made: " + failure);
+      if (!failures.empty()) {
+        std::fprintf(stderr, "zpreport: the report lacks %zu picture(s)\n", failures.size());
+        result = kExitIncomplete;
+      }
+    } else if (outcome == 3) {
+      result = Stop(kExitCancelled, "cancelled: no report was written");
     } else {
-      std::fprintf(stderr, "zpreport: no report was written%s\n", g_interrupted ? " (cancelled)" : "");
+      std::string text = "no report was written: ";
+      text += !thrown.empty() ? thrown : !because.empty() ? because : std::string("the run did not finish");
+      if (!native.empty() && fs::exists(native, ec)) text += " (the file " + native + " that was there already was left as it was)";
+      result = Stop(kExitRunFailed, text);
     }
     delete manager;
   }
@@ -193,6 +267,9 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
 int main(int argc, char** argv) {
   CLI::App app{"Generates study reports through the report library, as the simulation add-in does."};
   app.require_subcommand(1);
+  app.footer("Exit codes of generate: 0 generated; 2 the study file, an argument or TMPDIR cannot be used "
+             "(nothing written); 3 the run failed (nothing written); 4 cancelled; 5 written, but pictures are "
+             "missing; 70 an error of the program itself.");
   GenerateArgs args;
   CLI::App* generate = app.add_subcommand("generate", "Generate the report of a study file");
   generate->add_option("study", args.study, "The study file (JSON)")->required();
@@ -203,5 +280,9 @@ int main(int argc, char** argv) {
   generate->add_option("--strings", args.strings, "A language table of numbered texts");
   generate->add_flag("--open", args.open, "Open the finished document");
   CLI11_PARSE(app, argc, argv);
-  return Generate(args);
+  try {
+    return Generate(args);
+  } catch (const std::exception& e) {
+    return Stop(kExitInternal, std::string("internal error: ") + e.what());
+  }
 }

@@ -3,6 +3,7 @@
 
 #include <mutex>
 
+#include "core/Report.h"
 #include "core/ReportManager.h"
 #include "model/Archive.h"
 #include "model/Options.h"
@@ -84,13 +85,21 @@ ZP_EXPORT int ZpSetSectionChoice(COVReportOptions* options, int studyType, int s
     if (!section || section->getType() != sectionKind) continue;
     section->m_included = included != 0 ? 1 : 0;
     if (!text) return 1;
+    // The dialog's limits.
+    const CString given(text);
     if (auto* description = dynamic_cast<CZPNewReportSectionDescription*>(section)) {
-      description->m_description = CString(text).Left(500);  // the dialog's limits
-    } else {
-      section->m_commentsOn = 1;
-      section->m_comments = CString(text).Left(1000);
+      description->m_description = given.Left(kZpDescriptionLimit);
+      return given.GetLength() > kZpDescriptionLimit ? 2 : 1;
     }
-    return 1;
+    section->m_commentsOn = 1;
+    section->m_comments = given.Left(kZpCommentLimit);
+    return given.GetLength() > kZpCommentLimit ? 2 : 1;
   }
   return 0;
+}
+
+ZP_EXPORT int ZpGetReportRunResult(COVReport* report, const char16_t** reason) {
+  auto* zpReport = dynamic_cast<CZPReport*>(report);
+  if (reason) *reason = zpReport ? zpReport->m_runError.GetString() : u"";
+  return zpReport ? zpReport->m_runOutcome : 0;
 }

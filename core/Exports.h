@@ -7,6 +7,7 @@
 class zphStudy;
 class COVReportManager;
 class COVReportOptions;
+class COVReport;
 
 extern "C" {
 
@@ -33,8 +34,15 @@ using ZpSetRunProgressCallbackFn = void (*)(ZpRunProgressCallback callback, void
 // Puts into the format that new reports of `studyType` start from what a user chooses in
 // the report dialog for one section: whether it is included, and when `text` is not null,
 // the description (kind 0) or the comment, switched on (any other kind). For a program that
-// makes reports without the dialog. Returns 1, or 0 when that format has no such section.
-// Optional for the loader.
+// makes reports without the dialog. Returns 1; 2 when the text was longer than the dialog
+// takes and was cut to that length (kZpDescriptionLimit, kZpCommentLimit UTF-16 units); 0 when
+// that format has no such section. Optional for the loader.
+enum { kZpDescriptionLimit = 500, kZpCommentLimit = 1000 };
 using ZpSetSectionChoiceFn = int (*)(COVReportOptions* options, int studyType, int sectionKind,
                                      int included, const char16_t* text);
+
+// How the last run of `report` ended: 1 generated, 2 failed, 3 cancelled, 0 not run. When
+// `reason` is not null it receives the reason of a failure or a cancel in words (empty after a
+// success), valid until the report runs again or is deleted. Optional for the loader.
+using ZpGetReportRunResultFn = int (*)(COVReport* report, const char16_t** reason);
 }

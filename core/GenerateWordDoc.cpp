@@ -150,15 +150,60 @@ int CZPReport::IsUserCanceled(CThreadedRunMessageBox* box, const CString& stepTe
     }
   }
   ReleaseWord();
+  m_runOutcome = kRunCancelled;
+  m_runError = u"cancelled";
   return 1;
 }
 
+namespace {
+
+// The run's scratch folder goes with the run, however it ends. A folder the run did not make
+// (the report folder, when no scratch folder could be made) is left alone.
+class ScratchFolder {
+public:
+  explicit ScratchFolder(const CString& fallback) : m_path(CreateScratchFolder()), m_made(!m_path.IsEmpty()) {
+    if (!m_made) m_path = fallback;
+  }
+  ~ScratchFolder() {
+    if (m_made) RemoveScratchFolder(m_path);
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+  const CString& Path() const { return m_path; }
+
+private:
+  CString m_path;
+  bool m_made;
+};
+
+CString Reason(const std::exception& e) {
+  if (const auto* com = dynamic_cast<const Word::ComError*>(&e))
+    return FromUtf8(com->Description().empty() ? std::string(com->what()) : com->Description());
+  return FromUtf8(e.what());
+}
+
+}  // namespace
+
+void CZPReport::FailRun(const CString& reason) {
+  if (m_runOutcome == kRunFailed && !m_runError.IsEmpty()) return;
+  m_runOutcome = kRunFailed;
+  m_runError = reason;
+}
+
 int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
-  if (!m_format || !m_headerInfo) return 0;
+  m_runOutcome = kRunNone;
+  m_runError.Empty();
+  if (!m_format || !m_headerInfo) {
+    FailRun(u"the report has no format or no header");
+    return 0;
+  }
 
   const CString templateFolder = GetReportTemplatePath();
   const CString templateFile = m_officeVersion < 12 ? kStudyTemplate2003 : kStudyTemplate2007;
-  if (!InitWord(templateFile, templateFolder)) return 0;
+  if (!InitWord(templateFile, templateFolder)) {
+    FailRun(u"Word could not start a document from the report template");
+    return 0;
+  }
 
   m_cancelRequested = 0;
   m_progressStep = 0;
@@ -178,12 +223,8 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
   CThreadedRunMessageBox box(u"IDR_WORDGENERATING_GIF", title, statusLine, cancelQuestion,
                              GetTotalIncludedSections() + 2, [this] { m_cancelRequested = 1; }, 0);
 
-  CString scratchFolder = CreateScratchFolder();
-  int scratchFolderMade = 1;
-  if (scratchFolder.IsEmpty()) {
-    scratchFolder = m_headerInfo->m_reportFolder;
-    scratchFolderMade = 0;
-  }
+  const ScratchFolder scratch(m_headerInfo->m_reportFolder);
+  const CString& scratchFolder = scratch.Path();
 
   try {
     if (IsUserCanceled(&box, u"Header Information")) return 0;
@@ -219,10 +260,23 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
 
     DeleteSection(kCustomImageTag);
     m_wordSelection->TypeBackspace();
-  } catch (...) {
+  } catch (const std::exception& e) {
     // Word is not left running behind an error that ends the run.
+    FailRun(Reason(e));
     CloseWordWithoutSaving();
     throw;
+  } catch (...) {
+    FailRun(u"an unknown error ended the run");
+    CloseWordWithoutSaving();
+    throw;
+  }
+
+  // The document goes into the report folder and nowhere else.
+  if (!IsDirectlyInFolder(m_documentPath, m_headerInfo->m_reportFolder)) {
+    FailRun(u"the document \"" + m_documentPath + u"\" would not lie in the report folder \"" +
+            m_headerInfo->m_reportFolder + u"\"");
+    CloseWordWithoutSaving();
+    return 0;
   }
 
   try {
@@ -240,10 +294,15 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
     m_wordDocument->Close(Word::Variant::I2(Word::wdDoNotSaveChanges));
     m_wordApp->Quit();
     ReleaseWord();
-    if (scratchFolderMade) RemoveImageFolder(scratchFolder);
     m_outOfDate = 0;
+    m_runOutcome = kRunGenerated;
     return 1;
+  } catch (const std::exception& e) {
+    FailRun(u"the document could not be saved as \"" + m_documentPath + u"\": " + Reason(e));
+    CloseWordWithoutSaving();
+    return 0;
   } catch (...) {
+    FailRun(u"the document could not be saved as \"" + m_documentPath + u"\"");
     CloseWordWithoutSaving();
     return 0;
   }

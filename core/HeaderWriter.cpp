@@ -4,6 +4,7 @@
 #include "core/DocumentPrimitives.h"
 #include "model/HeaderInfo.h"
 #include "platform/host/Host.h"
+#include "platform/system/FileHelpers.h"
 #include "platform/system/Resources.h"
 
 namespace {
@@ -92,7 +93,8 @@ public:
   void Run(const CString& scratchFolder, const CString& modelName, const CString& studyName,
            const CString& studyTypeText, const CString& studyLabel) {
     // Stage 1: the model picture and the view.
-    const CString imagePath = scratchFolder + u"\\" + modelName + u"-" + studyName + u"-Model.jpg";
+    // The names become one file name of the scratch folder, whatever they hold.
+    const CString imagePath = scratchFolder + u"\\" + MakeFileName(modelName + u"-" + studyName) + u"-Model.jpg";
     CaptureModelIsometricViewAsImage(imagePath);
     {
       auto view = PaneView(m_app);

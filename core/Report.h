@@ -84,11 +84,18 @@ public:
   CZPReportManager* m_manager = nullptr;        // not owned
   int m_officeVersion = -1;
 
+  // How the last run of this report ended, for whoever started it, and why it failed.
+  enum RunOutcome { kRunNone = 0, kRunGenerated = 1, kRunFailed = 2, kRunCancelled = 3 };
+  int m_runOutcome = kRunNone;
+  CString m_runError;  // empty unless the last run failed or was cancelled
+
 private:
   // Puts the manager's images of section `sectionId` at `contentTag`, one copy of the
   // template table each; without images the tag goes with its line.
   void AddInsertedImages(COVReportManager* manager, const CString& contentTag, int sectionId,
                          const CString& sectionName);
+  // Records the reason of a failing run; the first reason given stays.
+  void FailRun(const CString& reason);
   // Releases document, selection and application, in this order.
   void ReleaseWord();
   // Closes the document without saving and quits Word, swallowing Word's errors; then

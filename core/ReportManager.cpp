@@ -210,7 +210,9 @@ void CZPReportManager::RefreshTree() {
 }
 
 void CZPReportManager::BuildDocumentPath(CZPReport& report) {
-  report.m_documentPath = report.m_headerInfo->m_reportFolder + u"\\" + report.m_fileBaseName +
+  // The file name is the base name made fit for a file name: it can neither leave the
+  // report folder nor hold what a file name cannot (MakeFileName).
+  report.m_documentPath = report.m_headerInfo->m_reportFolder + u"\\" + MakeFileName(report.m_fileBaseName) +
                           report.DocumentExtension();
 }
 

@@ -87,6 +87,7 @@ int CZPReport::InitWord(const CString& templateFile, const CString& templateFold
   const CString templatePath = templateFolder + u"\\" + templateFile;
   int locked = 0;
   if (!FileProbe(templatePath, locked)) {
+    FailRun(u"the report template \"" + templatePath + u"\" is missing or cannot be read");
     ShowMessageText(JoinedTexts({55055, 55054}));
     return 0;
   }
@@ -97,10 +98,12 @@ int CZPReport::InitWord(const CString& templateFile, const CString& templateFold
   try {
     Word::TryCreateInstance(kWordProgId, m_wordApp);
     if (!m_wordApp) {
+      FailRun(u"Word could not be started");
       ShowWordCannotStart();
       return 0;
     }
     if (ParseOfficeMajorVersion(CString(m_wordApp->GetVersion())) < 11) {
+      FailRun(u"Word is too old for the report");
       ShowMessageById(55015);
       CloseWordWithoutSaving();
       return 0;
@@ -132,6 +135,7 @@ int CZPReport::InitWord(const CString& templateFile, const CString& templateFold
       }
     }
     if (!m_wordDocument) {
+      FailRun(u"Word made no document of the report template \"" + templatePath + u"\"");
       CloseWordWithoutSaving();
       ShowMessageText(JoinedTexts({55081, 55054}));
       return 0;
@@ -139,11 +143,14 @@ int CZPReport::InitWord(const CString& templateFile, const CString& templateFold
 
     m_wordSelection = m_wordApp->GetSelection();
     if (!m_wordSelection) {
+      FailRun(u"Word gave no selection in the new document");
       CloseWordWithoutSaving();
       ShowMessageById(55001);
       return 0;
     }
     if (!CheckIfTheFindAPIWorkingProperly()) {
+      FailRun(u"the report template \"" + templatePath + u"\" lacks the tag " + kMainModelImageTag +
+              u" of its cover, or searching does not work in it");
       CloseWordWithoutSaving();
       ShowMessageById(55082);
       return 0;
@@ -152,7 +159,21 @@ int CZPReport::InitWord(const CString& templateFile, const CString& templateFold
     const int paper = (m_headerInfo && m_headerInfo->m_headerChoice != 0) ? Word::wdPaperA4 : Word::wdPaperLetter;
     Word::Checked(m_wordDocument->GetPageSetup())->PutPaperSize(paper);
     return 1;
+  } catch (const Word::ComError& e) {
+    // Most often the template itself: not a package, damaged, or no document inside.
+    const CString what = FromUtf8(e.Description().empty() ? std::string(e.what()) : e.Description());
+    if (!m_wordDocument) {
+      FailRun(u"the report template \"" + templatePath + u"\" cannot be opened: " + what);
+      CloseWordWithoutSaving();
+      ShowMessageText(JoinedTexts({55081}) + u"\n" + what);
+    } else {
+      FailRun(u"Word failed while it prepared the document: " + what);
+      CloseWordWithoutSaving();
+      ShowMessageById(55001);
+    }
+    return 0;
   } catch (...) {
+    FailRun(u"Word failed while it prepared the document");
     CloseWordWithoutSaving();
     ShowMessageById(55001);
     return 0;

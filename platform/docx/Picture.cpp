@@ -16,10 +16,14 @@
 #define STBI_ONLY_GIF
 #define STBI_MAX_DIMENSIONS (1 << 16)
 // stb's PNG reader trips GCC's may-be-uninitialized analysis once inlined here.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <stb/stb_image.h>
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
+#endif
 #define STB_IMAGE_WRITE_STATIC
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STBI_WRITE_NO_STDIO

@@ -9,7 +9,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <filesystem>
+#include <string>
 #include <vector>
+
+#include "platform/mfc/Utf.h"
 
 namespace {
 
@@ -153,6 +158,13 @@ bool RemoveImageFolder(const CString& path) {
   return ::rmdir(NativePathUtf8(folder).c_str()) == 0;
 }
 
+bool RemoveScratchFolder(const CString& path) {
+  if (path.IsEmpty()) return false;
+  std::error_code ec;
+  std::filesystem::remove_all(NativePathUtf8(path), ec);
+  return !ec && !std::filesystem::exists(std::filesystem::symlink_status(NativePathUtf8(path), ec));
+}
+
 bool RemovePath(const CString& path) {
   if (IsRealFolder(path)) return RemoveImageFolder(path);
   return RemoveFileIfPresent(path);
@@ -160,10 +172,10 @@ bool RemovePath(const CString& path) {
 
 CString TempFolderPath() {
   const char* env = std::getenv("TMPDIR");
-  CString dir = env && *env ? FromUtf8(env) : CString(_T("/tmp"));
+  CString dir = env && *env ? FromUtf8(env) : CString();
   dir.Trim();
-  if (dir.GetLength() > 259) return CString();
-  if (dir.GetLength() > 1 && IsPathSeparator(dir[dir.GetLength() - 1])) dir.Delete(dir.GetLength() - 1);
+  while (dir.GetLength() > 1 && IsPathSeparator(dir[dir.GetLength() - 1])) dir.Delete(dir.GetLength() - 1);
+  if (dir.IsEmpty() || dir.GetLength() > 259 || !IsPathSeparator(dir[0]) || !IsFolder(dir)) return _T("/tmp");
   return dir;
 }
 
@@ -171,6 +183,95 @@ CString CreateScratchFolder() {
   CString guid = NewGuidString();
   if (guid.IsEmpty()) return CString();
   CString path = TempFolderPath() + _T("\\") + guid;
-  ::mkdir(NativePathUtf8(path).c_str(), 0777);
+  if (::mkdir(NativePathUtf8(path).c_str(), 0700) != 0) return CString();
   return path;
+}
+
+namespace {
+
+bool IsDeviceName(const CString& name) {
+  CString stem = name;
+  const int dot = stem.Find(u'.');
+  if (dot >= 0) stem = stem.Left(dot);
+  stem.TrimRight();
+  stem.MakeUpper();
+  for (const char16_t* device : {u"CON", u"PRN", u"AUX", u"NUL"})
+    if (stem == device) return true;
+  if (stem.GetLength() == 4 && (stem.Left(3) == u"COM" || stem.Left(3) == u"LPT") && stem[3] >= u'1' && stem[3] <= u'9')
+    return true;
+  return false;
+}
+
+}  // namespace
+
+CString MakeFileName(const CString& name) {
+  std::u16string kept;
+  for (int i = 0; i < name.GetLength(); ++i) {
+    const char16_t c = name[i];
+    const bool bad = c < 0x20 || c == 0x7F || c == u'/' || c == u'\\' || c == u':' || c == u'*' || c == u'?' ||
+                     c == u'"' || c == u'<' || c == u'>' || c == u'|';
+    kept.push_back(bad ? u'_' : c);
+  }
+  const size_t first = kept.find_first_not_of(u" .");
+  kept = first == std::u16string::npos ? std::u16string(u"_") : kept.substr(first, kept.find_last_not_of(u" .") - first + 1);
+  CString out(kept);
+  if (IsDeviceName(out)) out.Insert(0, u'_');
+
+  const std::string utf8 = ToUtf8(out);
+  if (static_cast<int>(utf8.size()) <= kMaxFileNameBytes) return out;
+  // FNV-1a over the whole name, before any cut.
+  std::uint32_t hash = 2166136261u;
+  for (unsigned char b : ToUtf8(name)) hash = (hash ^ b) * 16777619u;
+  const int room = kMaxFileNameBytes - 9;
+  int cut = room;
+  while (cut > 0 && (static_cast<unsigned char>(utf8[static_cast<size_t>(cut)]) & 0xC0) == 0x80) --cut;
+  CString shortened = FromUtf8(utf8.substr(0, static_cast<size_t>(cut)));
+  shortened.TrimRight();
+  return shortened + CString::Formatted(u"~%08X", static_cast<unsigned>(hash));
+}
+
+namespace {
+
+// The components of an absolute, normal form of `path` (the working folder in front of a
+// relative one), ".." taking away the component before it.
+std::vector<std::string> NormalComponents(const CString& path) {
+  std::string p = NativePathUtf8(path);
+  if (p.empty() || p[0] != '/') {
+    char cwd[4096];
+    if (::getcwd(cwd, sizeof cwd)) p = std::string(cwd) + "/" + p;
+  }
+  std::vector<std::string> parts;
+  size_t i = 0;
+  while (i <= p.size()) {
+    size_t next = p.find('/', i);
+    if (next == std::string::npos) next = p.size();
+    std::string part = p.substr(i, next - i);
+    i = next + 1;
+    if (part.empty() || part == ".") continue;
+    if (part == "..") {
+      if (!parts.empty()) parts.pop_back();
+      continue;
+    }
+    parts.push_back(part);
+  }
+  return parts;
+}
+
+}  // namespace
+
+bool IsDirectlyInFolder(const CString& path, const CString& folder) {
+  // The last component of the path as written must be a name, not "." or "..".
+  CString name = path;
+  if (name.IsEmpty() || IsPathSeparator(name[name.GetLength() - 1])) return false;
+  for (int i = name.GetLength() - 1; i >= 0; --i)
+    if (IsPathSeparator(name[i])) {
+      name = name.Mid(i + 1);
+      break;
+    }
+  if (name.IsEmpty() || name == u"." || name == u"..") return false;
+  std::vector<std::string> inside = NormalComponents(path), outer = NormalComponents(folder);
+  if (inside.size() != outer.size() + 1) return false;
+  for (size_t k = 0; k < outer.size(); ++k)
+    if (inside[k] != outer[k]) return false;
+  return true;
 }

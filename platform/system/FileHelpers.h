@@ -33,14 +33,41 @@ bool RemoveFileIfPresent(const CString& path);
 // followed. True when the folder was removed.
 bool RemoveImageFolder(const CString& path);
 
+// Removes a run's own scratch folder with everything in it (links are removed, never followed).
+// True when nothing is left.
+bool RemoveScratchFolder(const CString& path);
+
 // RemoveImageFolder for a folder, RemoveFileIfPresent for anything else.
 bool RemovePath(const CString& path);
 
-// The system's folder for temporary files ($TMPDIR, else /tmp), trimmed, without a trailing
-// separator; empty when it is longer than 259 characters.
+// The system's folder for temporary files, trimmed, without a trailing separator: $TMPDIR when
+// it names an absolute path of at most 259 characters to an existing folder, else /tmp.
 CString TempFolderPath();
 
 // Creates the folder TempFolderPath() + "\\" + a new GUID in registry form with its braces,
 // and returns that path (joined with a backslash, as the report code joins paths); empty when
-// no GUID was made.
+// no GUID was made or the folder could not be created.
 CString CreateScratchFolder();
+
+// The longest file name, in bytes of UTF-8, that MakeFileName gives: room is left below the
+// file systems' 255 for an extension, a suffix such as "-ModelAnalyzed.jpg" and the temporary
+// name of an atomic save.
+inline constexpr int kMaxFileNameBytes = 160;
+
+// A name (of a model, a study, a report) made fit to stand as a file name on this system and
+// on the add-in's, and never to leave its folder:
+// - NUL and the other control characters, DEL, the separators / and \\, and : * ? " < > | each
+//   become "_";
+// - blanks and dots at either end go; a name left empty becomes "_";
+// - a device name of the add-in's platform (CON, PRN, AUX, NUL, COM1 to COM9, LPT1 to LPT9, in
+//   any letter case, with or without an extension) gets a "_" in front;
+// - a name longer than kMaxFileNameBytes is cut at a character boundary and ends in "~" and
+//   eight hexadecimal digits of a hash of the whole name, so that names that differ only after
+//   the cut stay apart.
+// Any other name comes back as it was.
+CString MakeFileName(const CString& name);
+
+// True when `path` names an entry directly inside `folder`: both made absolute and normal
+// (".", ".." and repeated separators resolved as written; links are not followed), the path is
+// the folder, one separator and one name that is neither "." nor "..". Either separator.
+bool IsDirectlyInFolder(const CString& path, const CString& folder);

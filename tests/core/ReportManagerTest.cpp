@@ -110,7 +110,7 @@ TEST(CreateReport, PathsNamesAndExtensionsOfTheArgumentForm) {
     CZPReport* r = f.Last();
     EXPECT_TRUE(r->m_reportName.IsEmpty());
     EXPECT_TRUE(r->m_fileBaseName.IsEmpty());
-    EXPECT_EQ(r->m_documentPath, folder + u"\\.docx");
+    EXPECT_EQ(r->m_documentPath, folder + u"\\_.docx") << "an empty name makes no hidden file";
     EXPECT_EQ(r->m_headerInfo->m_publishOption, 0);
   }
   const std::size_t reports = f.manager.m_reports.size();

@@ -193,8 +193,11 @@ TEST_F(FileHelpersTest, TempFolderPathAndScratchFolder) {
   EXPECT_EQ(TempFolderPath(), FromUtf8(m_dir));
   ::unsetenv("TMPDIR");
   EXPECT_EQ(TempFolderPath(), _T("/tmp"));
-  ::setenv("TMPDIR", ("/" + std::string(300, 'x')).c_str(), 1);
-  EXPECT_EQ(TempFolderPath(), _T(""));
+  // A TMPDIR that cannot serve (too long, relative, missing) gives way to /tmp.
+  for (const std::string& bad : {"/" + std::string(300, 'x'), std::string("relative"), m_dir + "/missing"}) {
+    ::setenv("TMPDIR", bad.c_str(), 1);
+    EXPECT_EQ(TempFolderPath(), _T("/tmp")) << bad;
+  }
 
   ::setenv("TMPDIR", m_dir.c_str(), 1);
   CString scratch = CreateScratchFolder();
@@ -206,6 +209,37 @@ TEST_F(FileHelpersTest, TempFolderPathAndScratchFolder) {
   EXPECT_NE(CreateScratchFolder(), scratch);
   Touch(ToUtf8(scratch.Mid(static_cast<int>(m_dir.size()) + 1)) + "/shot.jpg");
   EXPECT_TRUE(RemoveImageFolder(scratch));
+}
+
+TEST(FileNames, NamesBecomeFileNamesThatStayInTheirFolder) {
+  // Kept as they are.
+  for (const char16_t* name : {u"Bracket-Static 1", u"Stütze 2 (neu)", u"a.b", u"CONSOLE", u"\U0001F600"})
+    EXPECT_EQ(MakeFileName(name), CString(name));
+  // Separators, controls and what Windows forbids become "_"; ends lose blanks and dots.
+  EXPECT_EQ(MakeFileName(u"../../etc/passwd"), CString(u"_.._etc_passwd"));
+  EXPECT_EQ(MakeFileName(CString(std::u16string(u"a\0b\x01" u"c\x7F", 6))), CString(u"a_b_c_"));
+  EXPECT_EQ(MakeFileName(u"C:\\x*y?\"<>|"), CString(u"C__x_y_____"));
+  EXPECT_EQ(MakeFileName(u" . name . "), CString(u"name"));
+  for (const char16_t* name : {u"", u"..", u".", u"   "}) EXPECT_EQ(MakeFileName(name), CString(u"_")) << ToUtf8(name);
+  EXPECT_EQ(MakeFileName(u"con"), CString(u"_con"));
+  EXPECT_EQ(MakeFileName(u"LPT3.txt"), CString(u"_LPT3.txt"));
+  // Long names are cut at a character boundary and keep apart by a hash of the whole name.
+  const CString longA = CString(std::u16string(100, u'\u00E9')) + u"A", longB = CString(std::u16string(100, u'\u00E9')) + u"B";
+  const CString a = MakeFileName(longA), b = MakeFileName(longB);
+  EXPECT_LE(ToUtf8(a).size(), static_cast<size_t>(kMaxFileNameBytes));
+  EXPECT_NE(a, b);
+  EXPECT_EQ(a.Left(50), longA.Left(50));
+  EXPECT_EQ(Utf16FromUtf8(ToUtf8(a)), std::u16string(a.GetString())) << "valid UTF-8 after the cut";
+  EXPECT_EQ(MakeFileName(longA), a) << "the same name, the same file";
+
+  // Paths checked against their folder, either separator, "." and ".." resolved as written.
+  EXPECT_TRUE(IsDirectlyInFolder(u"/out\\x.docx", u"/out"));
+  EXPECT_TRUE(IsDirectlyInFolder(u"/out/./sub/../x.docx", u"/out/"));
+  EXPECT_FALSE(IsDirectlyInFolder(u"/out/../x.docx", u"/out"));
+  EXPECT_FALSE(IsDirectlyInFolder(u"/out/sub/x.docx", u"/out"));
+  EXPECT_FALSE(IsDirectlyInFolder(u"/out/..", u"/out"));
+  EXPECT_FALSE(IsDirectlyInFolder(u"/out/", u"/out"));
+  EXPECT_TRUE(IsDirectlyInFolder(u"rel/x.docx", u"rel"));
 }
 
 TEST(Guid, RegistryFormAndUnique) {

@@ -3,6 +3,7 @@
 // label and value rows.
 #include "model/Sections.h"
 #include "platform/host/Host.h"
+#include "platform/system/FileHelpers.h"
 #include "writers/setup/TableSteps.h"
 
 using namespace zpsteps;
@@ -56,7 +57,8 @@ void CZPNewReportSection::UpdateAssumptionDetailsInWordDoc(SelectionPtr selectio
     if (!FindTag(selection, kCompareImage1Tag, 0)) return;
 
     if (study) {
-      const CString stem = imageFolder + u"\\" + study->GetModelNameNoPath() + u"-" + study->GetStudyName();
+      // The names become one file name of the image folder, whatever they hold.
+      const CString stem = imageFolder + u"\\" + MakeFileName(study->GetModelNameNoPath() + u"-" + study->GetStudyName());
       const CString modelPicture = stem + u"-Model.jpg";
       const CString analysedPicture = stem + u"-ModelAnalyzed.jpg";
       if (study->CaptureModelWithIgnoredBodies(analysedPicture) != 0) {
