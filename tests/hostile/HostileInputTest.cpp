@@ -252,6 +252,9 @@ TEST(HostileResults, FailuresSayWhyAndLeaveWhatWasThere) {
 TEST(HostileInput, NothingAborts) {
   Sandbox box;
   const std::string study = box.WriteStudy(box.sample);
+  json unreadable = box.sample;
+  unreadable["model"]["picture"] = "/proc/self/mem";
+  const std::string unreadableStudy = box.WriteStudy(unreadable, "unreadable.json");
   struct Case {
     std::vector<std::string> args;
     std::string says;
@@ -262,6 +265,7 @@ TEST(HostileInput, NothingAborts) {
       {{box.WriteText(R"({"format": 1, "model": 7})", "type.json"), "--out", "out"}, "model: expected an object"},
       {{study, "--out", ""}, "--out: the output folder is empty"},
       {{study, "--out", "out/" + std::string(300, 'd')}, "cannot create the output folder"},
+      {{unreadableStudy, "--out", "out"}, "model.picture: picture file \"/proc/self/mem\" can't be read"},
   };
   for (const Case& c : cases) {
     const ProgramRun run = box.Program(c.args);
