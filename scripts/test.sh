@@ -8,6 +8,13 @@ jobs=$(nproc)
 
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZP_SANITIZE=ON -DZP_WERROR=ON -DZP_BENCH=OFF >/dev/null
 cmake --build build-asan -j"$jobs"
+# A minimal Debian install has libzip without its command-line tools (zipcmp, zipmerge,
+# ziptool), and libzip's own CMake package refuses to load without them: the build must find
+# libzip through pkg-config only.
+if grep -q '^libzip_DIR:PATH=/' build-asan/CMakeCache.txt; then
+  echo "The build uses libzip's CMake package, which fails on a machine without the libzip tools." >&2
+  exit 1
+fi
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 export LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp"
