@@ -11,13 +11,13 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
-    docx::DocModel doc(nullptr);
+    docx::DocModel doc(nullptr, nullptr);
     doc.LoadFromTemplate("fuzz.dotx", true, std::string(reinterpret_cast<const char*>(data), size));
     docx::Story& s = doc.Main();
     (void)docx::TextOf(s, 0, s.Length());
     int len = s.Length();
     if (len > 1) {
-      docx::InsertText(s, len / 2 - (docx::IsRowEndPos(s, len / 2) ? 1 : 0), u"x\ry", docx::RunProps());
+      docx::InsertText(s, len / 2 - (docx::IsRowEndPos(s, len / 2) ? 1 : 0), u"x\ry", docx::RunProps(), true);
       int pos = 0;
       docx::Backspace(s, pos);
       docx::DeleteForward(s, 0);
