@@ -32,6 +32,14 @@ bool ExecuteFind(const SelectionPtr& selection, const CString& tag, int forward)
                        Word::Variant(0));                 // MatchControl
 }
 
+// Whether the engine would take `text`, typed in one call, for a tag to find again.
+bool IsWholeTag(const Word::String& text) {
+  if (text.size() < 3 || text.front() != u'<' || text.compare(text.size() - 2, 2, u"/>") != 0) return false;
+  for (std::size_t k = 1; k + 2 < text.size(); ++k)
+    if (text[k] == u'<' || text[k] == u'>' || text[k] < 0x20) return false;
+  return true;
+}
+
 }  // namespace
 
 bool FindTag(const SelectionPtr& selection, const CString& tag, int forward) {
@@ -67,5 +75,17 @@ int ReplaceTagWithImage(const SelectionPtr& selection, const CString& tag,
 }
 
 void TypeString(const SelectionPtr& selection, const CString& text) {
-  Word::Checked(selection)->TypeText(Word::String(text));
+  const Word::String typed(text);
+  if (!IsWholeTag(typed)) {
+    Word::Checked(selection)->TypeText(typed);
+    return;
+  }
+  // One tag as a whole: its first character, then the rest; neither call is a tag on its own
+  // and the document gets the same text.
+  Word::Checked(selection)->TypeText(typed.substr(0, 1));
+  Word::Checked(selection)->TypeText(typed.substr(1));
+}
+
+void TypeMarker(const SelectionPtr& selection, const CString& tag) {
+  Word::Checked(selection)->TypeText(Word::String(tag));
 }

@@ -1,7 +1,13 @@
 #pragma once
-// The three operations every writer uses on the document: find a tag, replace a tag by a
-// picture, type text at the selection. All of them work at the Word Selection; none keeps a
-// position of its own between two calls.
+// The operations every writer uses on the document: find a tag, replace a tag by a picture,
+// type text at the selection. All of them work at the Word Selection; none keeps a position of
+// its own between two calls.
+//
+// Text typed from the study is data: the document engine never lets Find match it, so a
+// description that reads like a tag can neither be taken for the template's tag nor be
+// deleted as one. The engine takes a TypeText call whose whole text is one tag (`<`, no `<`,
+// `>` or control character, `/>`) for a tag the caller means to find again; TypeString
+// therefore never types a tag in one call, and TypeMarker is the way to type one.
 #include "platform/mfc/CString.h"
 #include "platform/word/Word.h"
 
@@ -25,5 +31,10 @@ int ReplaceTagWithImage(const SelectionPtr& selection, const CString& tag,
                         const CString& picturePath, int deleteTagIfNoPicture, int forward,
                         int warnIfUnreadable);
 
-// Types `text` at the selection; after a successful FindTag it replaces the tag.
+// Types `text` at the selection; after a successful FindTag it replaces the tag. The text is
+// data, never found by FindTag, even when it reads exactly like a tag.
 void TypeString(const SelectionPtr& selection, const CString& text);
+
+// Types a tag the writer makes itself (a row marker, a temporary tag) so that FindTag finds it
+// later. `tag` is one tag as above; anything else is typed as data.
+void TypeMarker(const SelectionPtr& selection, const CString& tag);

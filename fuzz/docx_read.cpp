@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)docx::TextOf(s, 0, s.Length());
     int len = s.Length();
     if (len > 1) {
-      docx::InsertText(s, len / 2 - (docx::IsRowEndPos(s, len / 2) ? 1 : 0), u"x\ry", docx::RunProps());
+      docx::InsertText(s, len / 2 - (docx::IsRowEndPos(s, len / 2) ? 1 : 0), u"x\ry", docx::RunProps(), true);
       int pos = 0;
       docx::Backspace(s, pos);
       docx::DeleteForward(s, 0);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/docx/Package.h"
 #include "platform/docx/Util.h"
 #include "platform/word/ComError.h"
 
@@ -44,20 +45,26 @@ bool RunIsEmpty(pugi::xml_node run) {
 
 pugi::xml_node MarkRPr(pugi::xml_node p) { return p.child("w:pPr").child("w:rPr"); }
 
+pugi::xml_node Marked(pugi::xml_node n, bool data) {
+  if (data) n.append_attribute(kDataAttr).set_value("1");
+  return n;
+}
+
 // Builds run content for `text` (no paragraph breaks) into `run`.
-void FillRun(pugi::xml_node run, const String& text) {
+void FillRun(pugi::xml_node run, const String& text, bool data) {
   String pending;
   auto flush = [&]() {
     if (pending.empty()) return;
     auto t = run.append_child("w:t");
     SetText(t, ToUtf8(pending));
+    Marked(t, data);
     pending.clear();
   };
   for (char16_t c : text) {
-    if (c == u'\t') { flush(); run.append_child("w:tab"); }
-    else if (c == kLineBreak) { flush(); run.append_child("w:br"); }
-    else if (c == kPageBreak) { flush(); run.append_child("w:br").append_attribute("w:type").set_value("page"); }
-    else if (c == kColumnBreak) { flush(); run.append_child("w:br").append_attribute("w:type").set_value("column"); }
+    if (c == u'\t') { flush(); Marked(run.append_child("w:tab"), data); }
+    else if (c == kLineBreak) { flush(); Marked(run.append_child("w:br"), data); }
+    else if (c == kPageBreak) { flush(); Marked(run.append_child("w:br"), data).prepend_attribute("w:type").set_value("page"); }
+    else if (c == kColumnBreak) { flush(); Marked(run.append_child("w:br"), data).prepend_attribute("w:type").set_value("column"); }
     else if (c < 0x20 || c == 0xFFFE || c == 0xFFFF) { /* not representable in XML: dropped */ }
     else pending.push_back(c);
   }
@@ -101,6 +108,7 @@ InsertPoint SplitAt(Story& s, Item* p, int off) {
     auto r2 = NewRunAfter(run);
     auto t2 = r2.append_child(g.node.name());
     if (Is(g.node, "w:instrText")) t2.append_attribute("xml:space").set_value("preserve");
+    Marked(t2, g.data);
     SetText(t2, ToUtf8(t.substr(k)));
     SetText(g.node, ToUtf8(t.substr(0, k)));
     for (auto n = g.node.next_sibling(); n;) {
@@ -169,12 +177,12 @@ pugi::xml_node InsertRun(Story& s, int pos, const RunProps& props, Item** item) 
   return run;
 }
 
-static void InsertPlain(Story& s, Item* p, int off, const String& text, const RunProps& props) {
+static void InsertPlain(Story& s, Item* p, int off, const String& text, const RunProps& props, bool data) {
   if (text.empty()) return;
-  // Fast path: extend a neighbouring w:t of the same formatting.
+  // Fast path: extend a neighbouring w:t of the same formatting and the same mark.
   if (IsPlainText(text)) {
     size_t i = off > 0 ? SegAt(p, off - 1) : p->segs.size();
-    if (i < p->segs.size() && p->segs[i].kind == Seg::Text && Is(p->segs[i].node, "w:t") &&
+    if (i < p->segs.size() && p->segs[i].kind == Seg::Text && p->segs[i].data == data && Is(p->segs[i].node, "w:t") &&
         props.SameAs(p->segs[i].Run().child("w:rPr"))) {
       const Seg& g = p->segs[i];
       String t = FromUtf8(g.node.text().get());
@@ -188,7 +196,7 @@ static void InsertPlain(Story& s, Item* p, int off, const String& text, const Ru
     }
     size_t j = SegAt(p, off);
     if (j < p->segs.size() && p->segs[j].kind == Seg::Text && p->segs[j].start == static_cast<std::uint32_t>(off) &&
-        Is(p->segs[j].node, "w:t") && props.SameAs(p->segs[j].Run().child("w:rPr"))) {
+        p->segs[j].data == data && Is(p->segs[j].node, "w:t") && props.SameAs(p->segs[j].Run().child("w:rPr"))) {
       const Seg& g = p->segs[j];
       String t = text + FromUtf8(g.node.text().get());
       SetText(g.node, ToUtf8(t));
@@ -202,11 +210,18 @@ static void InsertPlain(Story& s, Item* p, int off, const String& text, const Ru
   InsertPoint ip = SplitAt(s, p, off);
   auto run = ip.before ? ip.parent.insert_child_before("w:r", ip.before) : ip.parent.append_child("w:r");
   props.ApplyTo(run);
-  FillRun(run, text);
+  FillRun(run, text, data);
   s.Refresh(p);
 }
 
-int InsertText(Story& s, int pos, const String& text, const RunProps& props) {
+bool IsTagToken(const String& text) {
+  if (text.size() < 3 || text.front() != u'<' || text.compare(text.size() - 2, 2, u"/>") != 0) return false;
+  for (size_t k = 1; k + 2 < text.size(); ++k)
+    if (text[k] == u'<' || text[k] == u'>' || text[k] < 0x20) return false;
+  return true;
+}
+
+int InsertText(Story& s, int pos, const String& text, const RunProps& props, bool data) {
   int off = 0;
   Item* p = s.ItemAt(pos, &off);
   if (!p || p->kind != Item::Paragraph) throw Word::ComError(Word::WordError(Word::wdErrNotAvailable), "no paragraph here");
@@ -222,7 +237,7 @@ int InsertText(Story& s, int pos, const String& text, const RunProps& props) {
     else if (c == kCellMark) { /* never makes a cell */ }
     else piece.push_back(c);
     if (brk) {
-      InsertPlain(s, p, off, piece, props);
+      InsertPlain(s, p, off, piece, props, data);
       off += static_cast<int>(piece.size()) - static_cast<int>(std::count_if(piece.begin(), piece.end(), [](char16_t ch) {
         return (ch < 0x20 && ch != u'\t' && ch != kLineBreak && ch != kPageBreak && ch != kColumnBreak) || ch == 0xFFFE || ch == 0xFFFF;
       }));

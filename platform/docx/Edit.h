@@ -26,7 +26,14 @@ RunProps PropsOfCharAt(Story& s, int pos);
 // Inserts text at `pos` with `props`; CR, CRLF (and LF when the option says so)
 // make paragraphs, VT a line break, TAB a tab, FF a page break. Returns the
 // position after the inserted text.
-int InsertText(Story& s, int pos, const String& text, const RunProps& props);
+// With `data` the new run content carries the data mark (kDataAttr, Package.h): Find
+// never matches it, and it never shares a w:t with unmarked text. The contract's text
+// members insert data unless the text is a tag token (IsTagToken).
+int InsertText(Story& s, int pos, const String& text, const RunProps& props, bool data);
+
+// A tag as callers type one to find it again: `<`, then no `<`, `>` or control character,
+// then `/>`.
+bool IsTagToken(const String& text);
 
 // Inserts an empty run at `pos` (with `props`) and gives it; the caller fills it
 // and then calls s.Refresh(item).

@@ -60,7 +60,7 @@ int WalkFind(Story& story, const String& needle, bool matchCase, bool forward, i
     long long found = -1;
     for (size_t k = h.find(needle); k != String::npos; k = h.find(needle, k + 1)) {
       int a = base + static_cast<int>(k);
-      if (!ok(a)) continue;
+      if (!ok(a) || it->HoldsData(static_cast<int>(k), static_cast<int>(k) + n)) continue;
       if (forward) return a;
       found = a;
     }
@@ -160,7 +160,8 @@ bool FindInStory(Story& story, const String& needleIn, bool matchCase, bool forw
     const String& hay = matchCase ? it->text : it->folded;
     if (static_cast<int>(hay.size()) < n) continue;
     int base = story.StartOf(it);
-    for (size_t k = hay.find(needle); k != String::npos; k = hay.find(needle, k + 1)) consider(base + static_cast<int>(k));
+    for (size_t k = hay.find(needle); k != String::npos; k = hay.find(needle, k + 1))
+      if (!it->HoldsData(static_cast<int>(k), static_cast<int>(k) + n)) consider(base + static_cast<int>(k));
   }
   if (forward && !matchCase && bestP >= 0 && fromEnd < story.Length()) {
     int offset = 0;
@@ -719,7 +720,7 @@ void RangeImpl::PutText(const Word::String& text) {
   Live(m_doc);
   RunProps props = m_end > m_start ? PropsOfCharAt(*m_story, m_start) : PropsForTyping(*m_story, m_start);
   if (m_end > m_start && !DeleteSpan(*m_story, m_start, m_end)) throw ComError(E_NOTIMPL, "replacing across table cells");
-  m_end = InsertText(*m_story, m_start, text, props);
+  m_end = InsertText(*m_story, m_start, text, props, !IsTagToken(text));
 }
 void RangeImpl::InsertAfter(const Word::String& text) {
   Live(m_doc);
@@ -735,12 +736,12 @@ void RangeImpl::InsertAfter(const Word::String& text) {
     }
     if (it && it->kind == Item::Paragraph && off == it->TextLength() && IsLastInCell(it->node)) pos -= 1;
   }
-  int after = InsertText(*m_story, pos, text, PropsForTyping(*m_story, pos));
+  int after = InsertText(*m_story, pos, text, PropsForTyping(*m_story, pos), !IsTagToken(text));
   m_end += after - pos;
 }
 void RangeImpl::InsertBefore(const Word::String& text) {
   Live(m_doc);
-  int after = InsertText(*m_story, m_start, text, PropsForTyping(*m_story, m_start));
+  int after = InsertText(*m_story, m_start, text, PropsForTyping(*m_story, m_start), !IsTagToken(text));
   m_end += after - m_start;
 }
 void RangeImpl::Select() {
@@ -807,7 +808,7 @@ void SelectionImpl::PutText(const Word::String& text) {
   int start = d.sel.start;
   RunProps props = d.sel.Collapsed() ? PropsForTyping(*d.sel.story, start) : PropsOfCharAt(*d.sel.story, start);
   if (!d.sel.Collapsed()) DeleteSelection(false);
-  int end = InsertText(*d.sel.story, d.sel.start, text, props);
+  int end = InsertText(*d.sel.story, d.sel.start, text, props, !IsTagToken(text));
   d.sel = SelectionState{d.sel.story, start, end, false};
 }
 Ptr<Word::Range> SelectionImpl::GetRange() {
@@ -1099,7 +1100,7 @@ void SelectionImpl::TypeText(const Word::String& text) {
   }
   d.pending = DocModel::Pending{};
   if (IsRowEndPos(*sel.story, sel.start)) NotAvailable("typing at the end of a table row");
-  int end = InsertText(*sel.story, sel.start, text, props);
+  int end = InsertText(*sel.story, sel.start, text, props, !IsTagToken(text));
   sel = SelectionState{sel.story, end, end, false};
 }
 

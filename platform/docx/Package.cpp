@@ -9,6 +9,7 @@
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <string_view>
 #include <unistd.h>
 
 #include "platform/docx/Util.h"
@@ -20,6 +21,37 @@ namespace {
 const char* kContentTypes = "[Content_Types].xml";
 
 [[noreturn]] void Corrupt(const std::string& what) { Fail(Word::WordError(Word::wdErrFileCorrupt), what); }
+
+// Every element below `root` (in document order) that carries the attribute `name`.
+std::vector<pugi::xml_node> ElementsWith(pugi::xml_node root, const char* name) {
+  struct Walker : pugi::xml_tree_walker {
+    const char* name;
+    std::vector<pugi::xml_node> found;
+    bool for_each(pugi::xml_node& n) override {
+      if (n.first_attribute() && n.attribute(name)) found.push_back(n);
+      return true;
+    }
+  } walker;
+  walker.name = name;
+  root.traverse(walker);
+  return std::move(walker.found);
+}
+
+// Takes the engine's own attributes off for the length of a save and puts them back after.
+class DataMarksAside {
+ public:
+  explicit DataMarksAside(pugi::xml_document& doc) : m_nodes(ElementsWith(doc, kDataAttr)) {
+    for (auto n : m_nodes) n.remove_attribute(kDataAttr);
+  }
+  ~DataMarksAside() {
+    for (auto n : m_nodes) n.append_attribute(kDataAttr).set_value("1");
+  }
+  DataMarksAside(const DataMarksAside&) = delete;
+  DataMarksAside& operator=(const DataMarksAside&) = delete;
+
+ private:
+  std::vector<pugi::xml_node> m_nodes;
+};
 
 struct ZipHolder {
   zip_t* z = nullptr;
@@ -131,6 +163,7 @@ const std::string& Package::Bytes(const std::string& part) {
   if (it == m_parts.end()) Fail(E_INVALIDARG, "no part " + part);
   if (it->second.xml) {
     XmlWriter w;
+    DataMarksAside aside(*it->second.xml);
     it->second.xml->save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
     it->second.bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n" + w.out;
   }
@@ -173,6 +206,9 @@ pugi::xml_document& Package::Xml(const std::string& part) {
       if (n.type() == pugi::node_declaration) doc->remove_child(n);
       n = next;
     }
+    // Text read from a package is never data, whatever its XML says.
+    if (std::string_view(it->second.bytes).find(kDataAttr) != std::string_view::npos)
+      for (auto n : ElementsWith(*doc, kDataAttr)) n.remove_attribute(kDataAttr);
     it->second.xml = std::move(doc);
   }
   return *it->second.xml;

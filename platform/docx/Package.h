@@ -45,6 +45,12 @@ inline constexpr const char* kCtFooter =
     "application/vnd.openxmlformats-officedocument.wordprocessingml.footer+xml";
 inline constexpr const char* kCtRels = "application/vnd.openxmlformats-package.relationships+xml";
 
+// An attribute of the engine's own, in no namespace, that it sets on run content held in
+// memory: the mark of text typed from data (Edit.h, InsertText). Copies of the content carry
+// it; no package ever does: it is taken from every XML part read and left out of every part
+// written.
+inline constexpr const char* kDataAttr = "zpData";
+
 class Package {
  public:
   Package() = default;

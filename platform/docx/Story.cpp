@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "platform/docx/DocModel.h"
+#include "platform/docx/Package.h"
 #include "platform/docx/Util.h"
 
 namespace docx {
@@ -302,10 +303,35 @@ void Story::Erase(Item* it) {
   if (m_treap) m_treap->parent = nullptr;
 }
 
+bool Item::HoldsData(int from, int to) const {
+  if (!hasData || from >= to) return false;
+  auto g = std::upper_bound(segs.begin(), segs.end(), static_cast<std::uint32_t>(from),
+                            [](std::uint32_t o, const Seg& s) { return o < s.start; });
+  if (g != segs.begin()) --g;
+  for (; g != segs.end() && g->start < static_cast<std::uint32_t>(to); ++g)
+    if (g->data && g->start + g->len > static_cast<std::uint32_t>(from)) return true;
+  return false;
+}
+
 void Story::IndexAdd(Item* it) {
   it->grams.clear();
   const String& f = it->folded;
-  if (f.size() >= 3) {
+  if (f.size() >= 3 && it->hasData) {
+    // Only trigrams wholly outside data, span by span between data segments: Find never
+    // matches the others.
+    auto span = [&](size_t from, size_t to) {
+      for (size_t i = from; i + 3 <= to; ++i) it->grams.push_back(Gram(&f[i]));
+    };
+    size_t from = 0;
+    for (const Seg& g : it->segs)
+      if (g.data) {
+        span(from, g.start);
+        from = g.start + g.len;
+      }
+    span(from, f.size());
+    std::sort(it->grams.begin(), it->grams.end());
+    it->grams.erase(std::unique(it->grams.begin(), it->grams.end()), it->grams.end());
+  } else if (f.size() >= 3) {
     it->grams.reserve(f.size() - 2);
     for (size_t i = 0; i + 3 <= f.size(); ++i) it->grams.push_back(Gram(&f[i]));
     std::sort(it->grams.begin(), it->grams.end());
@@ -351,7 +377,9 @@ void CollectRunContent(pugi::xml_node run, Item* it) {
       String s = FromUtf8(c.text().get());
       if (s.empty()) continue;
       it->text += s;
-      it->segs.push_back({c, start, static_cast<std::uint32_t>(s.size()), Seg::Text});
+      const bool data = c.attribute(kDataAttr);
+      it->hasData |= data;
+      it->segs.push_back({c, start, static_cast<std::uint32_t>(s.size()), Seg::Text, data});
       continue;
     }
     char16_t ch;
@@ -375,7 +403,9 @@ void CollectRunContent(pugi::xml_node run, Item* it) {
       ch = 0x02;
     else { ch = kObjectChar; kind = Seg::Object; }  // w:drawing, w:object, w:pict, mc:AlternateContent, ...
     it->text.push_back(ch);
-    it->segs.push_back({c, start, 1, kind});
+    const bool data = c.attribute(kDataAttr);
+    it->hasData |= data;
+    it->segs.push_back({c, start, 1, kind, data});
   }
 }
 
@@ -397,6 +427,7 @@ void CollectInline(pugi::xml_node n, Item* it) {
 static void Fill(Item* it, DocModel& doc) {
   it->text.clear();
   it->segs.clear();
+  it->hasData = false;
   if (it->kind == Item::Paragraph) {
     CollectInline(it->node, it);
     it->folded = Fold(it->text);

@@ -35,6 +35,7 @@ struct Seg {
   std::uint32_t start;   // offset in the paragraph
   std::uint32_t len;
   Kind kind;
+  bool data;             // typed from data: never matched by Find (Edit.h, InsertText)
   pugi::xml_node Run() const { return node.parent(); }
 };
 
@@ -52,7 +53,10 @@ struct Item {
   std::vector<std::uint32_t> gramSlots;  // where this item stands in each of those buckets
   std::uint64_t serial = 0;          // unique in its story: tells a live item from a reused address
   int outline = -1;              // resolved outline level 0..8, -1 for none
+  bool hasData = false;          // some segment holds text typed from data
   bool IsHeading() const { return outline >= 0 && outline <= 8; }
+  // Whether any of the paragraph offsets [from, to) holds text typed from data.
+  bool HoldsData(int from, int to) const;
   int Length() const { return kind == RowEnd ? 1 : static_cast<int>(text.size()) + 1; }
   int TextLength() const { return kind == RowEnd ? 0 : static_cast<int>(text.size()); }
 
@@ -112,7 +116,8 @@ class Story {
   Item* FirstItemIn(pugi::xml_node block) const;
 
   // ---- search index ----
-  // Paragraphs whose folded text may contain `foldedNeedle` (a superset); `all` is
+  // The index holds the trigrams of text Find may match: none with a character typed from
+  // data. Paragraphs whose folded text may contain `foldedNeedle` (a superset); `all` is
   // set when the index cannot narrow the search (needles under 3 characters).
   std::vector<Item*> Candidates(const String& foldedNeedle, bool* all) const;
   // How many paragraphs Candidates would look at: 0 when the needle cannot occur,

@@ -184,7 +184,10 @@ void WriteEntry(pugi::xml_node p, pugi::xml_node before, const Entry& e, const S
     at = pugi::xml_node();
   }
   auto text = sw.links ? AddRun(host, at, {"Hyperlink", "w:noProof"}) : AddRun(host, at, {"w:noProof"});
-  SetText(text.append_child("w:t"), ToUtf8(e.text));
+  auto t = text.append_child("w:t");
+  SetText(t, ToUtf8(e.text));
+  // A copy of a heading typed from data is data too.
+  if (e.heading->hasData) t.append_attribute(kDataAttr).set_value("1");
   if (!sw.pageNumbers) return;
   AddRun(host, at, {"w:noProof", "w:webHidden"}).append_child("w:tab");
   AddRun(host, at, {"w:noProof", "w:webHidden"}).append_child("w:fldChar").append_attribute("w:fldCharType").set_value("begin");

@@ -30,12 +30,13 @@ struct Written {
   int firstHeaderTables = 0, runningHeaderTables = 0;
 };
 
-Written WriteHeader(const CZPReportHeaderInfo& header, const CString& studyLabel = CString()) {
+Written WriteHeader(const CZPReportHeaderInfo& header, const CString& studyLabel = CString(),
+                    const CString& modelName = u"Bracket", const CString& studyTypeText = u"Static") {
   docxtest::TempDir dir;
   auto app = docx::CreateApplication();
   auto doc = app->GetDocuments()->Add(Word::Variant(U16(kTemplate)));
   auto sel = app->GetSelection();
-  header.UpdateHeaderDetailsInWordDoc(app, sel, CString(dir.Path()), u"Bracket", u"Static 1", u"Static", studyLabel);
+  header.UpdateHeaderDetailsInWordDoc(app, sel, CString(dir.Path()), modelName, u"Static 1", studyTypeText, studyLabel);
   const std::string out = dir.File("out.docx");
   doc->SaveAs(Word::Variant(U16(out)), Word::Variant::I2(Word::wdFormatDocumentDefault));
   app->Quit();
@@ -127,4 +128,34 @@ TEST(HeaderWriter, EmptyHeadersLoseTheirTables) {
     EXPECT_TRUE(Has(w.runningHeader, Utf8(TodayShortDateText())));
     EXPECT_FALSE(Has(w.firstHeader + w.runningHeader, "["));
   }
+}
+
+TEST(HeaderWriter, FieldsThatReadLikePlaceholdersOrTagsStandAsTyped) {
+  // Each field reads like a placeholder or tag that the writer looks for after typing it.
+  CZPReportHeaderInfo h = FullHeader();
+  h.m_company = u"[Company Address Line 1]";
+  h.m_address1 = u"[Company Email]";
+  h.m_address2 = u"<Label_Date/>";
+  h.m_designer = u"<Study_Name/>";
+  const Written w = WriteHeader(h, u"<Study_Type/>", u"<Published_Date/>", u"Table of Contents");
+  for (const std::string* part : {&w.firstHeader, &w.runningHeader}) {
+    EXPECT_TRUE(Has(*part, "[Company Address Line 1]\n[Company Email]\n<Label_Date/>")) << *part;
+    EXPECT_FALSE(Has(*part, "[Company Name]")) << *part;
+  }
+  EXPECT_TRUE(Has(w.firstHeader, "[Company Email]\n<Label_Date/>\n" + Utf8(ZpCommonString(54980)) + "555-0100"));
+  EXPECT_TRUE(Has(w.firstHeader, "office@acme.example"));
+  EXPECT_TRUE(Has(w.runningHeader, "<Study_Name/>"));
+  EXPECT_TRUE(Has(w.runningHeader, Utf8(TodayShortDateText())));
+  for (const std::string* part : {&w.firstFooter, &w.runningFooter})
+    EXPECT_TRUE(Has(*part, Utf8(ZpCommonString(54984)) + "<Published_Date/>")) << *part;
+  // The cover: model, designer, study label and type as typed, every tag used.
+  for (const char* typed : {"<Published_Date/>", "<Study_Name/>", "<Study_Type/>", "Table of Contents"})
+    EXPECT_TRUE(Has(w.body, typed)) << typed;
+  EXPECT_TRUE(Has(w.body, Utf8(TodayLongDateText())));
+  EXPECT_TRUE(Has(w.body, Utf8(ZpCommonString(55281))));
+  EXPECT_TRUE(Has(w.body, Utf8(ZpCommonString(50509))));
+  std::string left = w.body.substr(0, w.body.find("<Header_Description/>"));  // the sections are not written here
+  for (const char* typed : {"<Published_Date/>", "<Study_Name/>", "<Study_Type/>"})
+    for (std::size_t at = left.find(typed); at != std::string::npos; at = left.find(typed)) left.erase(at, std::string(typed).size());
+  EXPECT_FALSE(Has(left, "<")) << w.body;
 }

@@ -83,3 +83,34 @@ TEST(ReplaceTagWithImage, TagAndPictureCases) {
   EXPECT_EQ(text.find("<Img3/>"), std::string::npos);
   EXPECT_EQ(text.find("<Img4/>"), std::string::npos);
 }
+
+TEST(TypeString, TypesDataThatNoSearchFindsEvenAWholeTagWhileTypeMarkerTypesATag) {
+  docxtest::DocxParts parts;
+  parts.body = P("Part", "Heading1") + P("<Tag/>") + P("end");
+  Session s(parts);
+  // Data typed over the end, the tag among it and as the whole text; then a marker.
+  ASSERT_TRUE(FindTag(s.sel, u"end", 0));
+  TypeString(s.sel, u"<Tag/>");
+  s.sel->TypeParagraph();
+  TypeString(s.sel, u"x <Tag/> y");
+  s.sel->TypeParagraph();
+  TypeMarker(s.sel, u"<Row1/>");
+  TypeString(s.sel, u"<Row1/>");
+  EXPECT_EQ(s.Text(), "Part\n<Tag/>\n<Tag/>\nx <Tag/> y\n<Row1/><Row1/>\n");
+
+  // Only the template's tag and the marker are found, from anywhere, in either direction.
+  for (int forward : {0, 1}) {
+    ASSERT_TRUE(FindTag(s.sel, u"<Row1/>", forward));
+    EXPECT_EQ(s.sel->GetStart(), 30);
+    ASSERT_TRUE(FindTag(s.sel, u"<Tag/>", forward));
+    EXPECT_EQ(s.sel->GetStart(), 5);
+  }
+  TypeString(s.sel, u"filled");
+  s.sel->EndKey(Word::Variant(Word::wdStory), Word::Variant(0));
+  EXPECT_FALSE(FindTag(s.sel, u"<Tag/>", 0));
+  EXPECT_FALSE(FindTag(s.sel, u"<Tag/>", 1));
+  EXPECT_TRUE(FindTag(s.sel, u"<Row1/>", 0));
+  TypeString(s.sel, u"");
+  EXPECT_FALSE(FindTag(s.sel, u"<Row1/>", 0));
+  EXPECT_EQ(s.Text(), "Part\nfilled\n<Tag/>\nx <Tag/> y\n<Row1/>\n");
+}

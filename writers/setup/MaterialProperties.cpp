@@ -28,11 +28,11 @@ void CloneBlocks(const SelectionPtr& selection, int count) {
     selection->Copy();
     for (int i = 1; i <= count - 1; ++i) {
       if (i == 1) selection->InsertRowsBelow();
-      TypeString(selection, Marker(i));
+      TypeMarker(selection, Marker(i));
       selection->InsertRowsBelow();
       selection->Paste();
     }
-    TypeString(selection, Marker(count));
+    TypeMarker(selection, Marker(count));
   }
 
   // The curve row goes to the clipboard and out of the table, then in at every marker.
