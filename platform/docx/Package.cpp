@@ -1,5 +1,6 @@
 #include "platform/docx/Package.h"
 
+#include <fcntl.h>
 #include <zip.h>
 
 #include <atomic>
@@ -12,12 +13,14 @@
 #include <unistd.h>
 
 #include "platform/docx/Util.h"
+#include "platform/docx/ZipWriter.h"
 #include "platform/word/ComError.h"
 
 namespace docx {
 
 namespace {
 const char* kContentTypes = "[Content_Types].xml";
+const char* kXmlDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n";
 
 [[noreturn]] void Corrupt(const std::string& what) { Fail(Word::WordError(Word::wdErrFileCorrupt), what); }
 
@@ -126,15 +129,14 @@ std::vector<std::string> Package::PartNames() const {
   return r;
 }
 
-const std::string& Package::Bytes(const std::string& part) {
+std::string Package::Bytes(const std::string& part) const {
   auto it = m_parts.find(part);
   if (it == m_parts.end()) Fail(E_INVALIDARG, "no part " + part);
-  if (it->second.xml) {
-    XmlWriter w;
-    it->second.xml->save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
-    it->second.bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n" + w.out;
-  }
-  return it->second.bytes;
+  if (!it->second.xml) return it->second.bytes;
+  XmlWriter w;
+  w.out = kXmlDeclaration;
+  it->second.xml->save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+  return std::move(w.out);
 }
 
 void Package::PutBytes(const std::string& part, std::string bytes) {
@@ -174,6 +176,8 @@ pugi::xml_document& Package::Xml(const std::string& part) {
       n = next;
     }
     it->second.xml = std::move(doc);
+    // The tree is the part from now on.
+    std::string().swap(it->second.bytes);
   }
   return *it->second.xml;
 }
@@ -318,46 +322,49 @@ std::string Package::TargetOfId(const std::string& part, const std::string& id) 
 std::string Package::MainPart() { return TargetOfType("", kRelOfficeDocument); }
 
 void Package::SaveFile(const std::string& path) {
-  // Serialise everything first, so that a failure leaves nothing behind.
-  std::vector<std::pair<std::string, const std::string*>> entries;
-  entries.emplace_back(kContentTypes, &Bytes(kContentTypes));
-  for (auto& [name, part] : m_parts)
-    if (name != kContentTypes) entries.emplace_back(name, &Bytes(name));
-
   static std::atomic<unsigned> counter{0};
   std::random_device rd;
-  std::string tmp = path + ".~" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-" +
-                    std::to_string(rd() & 0xFFFFFF) + ".tmp";
-  int err = 0;
-  zip_t* z = zip_open(tmp.c_str(), ZIP_CREATE | ZIP_EXCL, &err);
-  if (!z) Fail(Word::WordError(Word::wdErrCannotSave), "cannot create " + tmp);
-  bool ok = true;
+  const std::string tmp = path + ".~" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-" +
+                          std::to_string(rd() & 0xFFFFFF) + ".tmp";
+  const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (fd < 0) Fail(Word::WordError(Word::wdErrCannotSave), "cannot create " + tmp + ": " + std::strerror(errno));
+  // Each part goes into the archive as it is serialised: XML parts from their trees through
+  // deflate, pictures and packages (already compressed) stored as they are, anything else
+  // deflated. [Content_Types].xml comes first, then the parts by name, so that the same
+  // package always gives the same bytes.
   std::string why;
-  for (auto& [name, bytes] : entries) {
-    zip_source_t* s = zip_source_buffer(z, bytes->data(), bytes->size(), 0);
-    if (!s) { ok = false; why = "out of memory"; break; }
-    zip_int64_t idx = zip_file_add(z, name.c_str(), s, ZIP_FL_ENC_UTF_8 | ZIP_FL_OVERWRITE);
-    if (idx < 0) {
-      zip_source_free(s);
-      ok = false;
-      why = zip_strerror(z);
-      break;
-    }
-    zip_set_file_compression(z, static_cast<zip_uint64_t>(idx), ZIP_CM_DEFLATE, 6);
-    zip_file_set_mtime(z, static_cast<zip_uint64_t>(idx), 315532800 + 86400 * 366, 0);
+  try {
+    ZipWriter zip(fd);
+    struct ToZip : pugi::xml_writer {
+      ZipWriter* zip = nullptr;
+      void write(const void* data, size_t size) override { zip->Write(data, size); }
+    } out;
+    out.zip = &zip;
+    auto add = [&](const std::string& name, const Part& part) {
+      if (part.xml) {
+        zip.Begin(name);
+        zip.Write(kXmlDeclaration, std::strlen(kXmlDeclaration));
+        part.xml->save(out, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+        zip.End();
+      } else {
+        zip.Add(name, part.bytes.data(), part.bytes.size(), !IsCompressedData(part.bytes.data(), part.bytes.size()));
+      }
+    };
+    add(kContentTypes, m_parts.at(kContentTypes));
+    for (const auto& [name, part] : m_parts)
+      if (name != kContentTypes) add(name, part);
+    zip.Finish();
+  } catch (const std::exception& e) {
+    why = e.what();
   }
-  if (ok && zip_close(z) != 0) {
-    ok = false;
-    why = zip_strerror(z);
-  }
-  if (!ok) {
-    zip_discard(z);
-    std::remove(tmp.c_str());
+  if (::close(fd) != 0 && why.empty()) why = std::strerror(errno);
+  if (!why.empty()) {
+    ::unlink(tmp.c_str());
     Fail(Word::WordError(Word::wdErrCannotSave), "cannot write " + path + ": " + why);
   }
   if (std::rename(tmp.c_str(), path.c_str()) != 0) {
     int e = errno;
-    std::remove(tmp.c_str());
+    ::unlink(tmp.c_str());
     Fail(Word::WordError(Word::wdErrCannotSave), "cannot replace " + path + ": " + std::strerror(e));
   }
 }

@@ -56,11 +56,12 @@ class Package {
   void OpenFile(const std::string& path, const PackageLimits& limits = {});
   void OpenMemory(const void* data, std::size_t size, const PackageLimits& limits = {});
   // Writes the package aside and renames it over `path`; a failure leaves `path` as it was.
+  // Parts are streamed into the archive from their trees; no serialised copy is made.
   void SaveFile(const std::string& path);
 
   bool Has(const std::string& part) const { return m_parts.count(part) != 0; }
   std::vector<std::string> PartNames() const;
-  const std::string& Bytes(const std::string& part);          // serialises an XML part first
+  std::string Bytes(const std::string& part) const;           // an XML part serialised
   void PutBytes(const std::string& part, std::string bytes);  // replaces the part
   void Remove(const std::string& part);                       // with its rels and override
 
