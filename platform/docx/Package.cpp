@@ -6,7 +6,9 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <stdexcept>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -129,10 +131,89 @@ std::vector<std::string> Package::PartNames() const {
   return r;
 }
 
+Package::Spool::~Spool() {
+  if (m_fd >= 0) ::close(m_fd);
+}
+
+bool Package::Spool::Open() {
+  if (m_fd >= 0 || m_unavailable) return m_fd >= 0;
+  const char* env = std::getenv("TMPDIR");
+  const std::string dir = env && *env ? env : "/tmp";
+  m_fd = ::open(dir.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+  if (m_fd < 0) {
+    std::string name = dir + "/zp-spool-XXXXXX";
+    m_fd = ::mkostemp(name.data(), O_CLOEXEC);
+    if (m_fd >= 0) ::unlink(name.c_str());
+  }
+  m_unavailable = m_fd < 0;
+  return m_fd >= 0;
+}
+
+bool Package::Spool::WriteOut(const char* p, std::size_t n) {
+  while (n > 0) {
+    ssize_t put = ::pwrite(m_fd, p, n, static_cast<off_t>(m_written));
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) return false;
+    p += put;
+    n -= static_cast<std::size_t>(put);
+    m_written += static_cast<std::uint64_t>(put);
+  }
+  return true;
+}
+
+bool Package::Spool::Put(const std::string& bytes, std::uint64_t* at) {
+  if (!Open()) return false;
+  // Small parts gather in memory and go to the file a block at a time.
+  constexpr std::size_t kBlock = 1 << 20;
+  if (m_pending.size() + bytes.size() > kBlock) {
+    if (!WriteOut(m_pending.data(), m_pending.size())) return false;  // a full disk: bytes stay in memory
+    m_pending.clear();
+  }
+  *at = m_written + m_pending.size();
+  if (bytes.size() >= kBlock) return WriteOut(bytes.data(), bytes.size());
+  m_pending += bytes;
+  return true;
+}
+
+void Package::Spool::Get(std::uint64_t at, std::uint64_t size, std::string& into) const {
+  into.resize(static_cast<std::size_t>(size));
+  if (at >= m_written) {
+    std::memcpy(into.data(), m_pending.data() + (at - m_written), into.size());
+    return;
+  }
+  std::size_t got = 0;
+  while (got < into.size()) {
+    ssize_t n = ::pread(m_fd, into.data() + got, into.size() - got, static_cast<off_t>(at + got));
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) throw std::runtime_error("cannot read back a picture of the document");
+    got += static_cast<std::size_t>(n);
+  }
+}
+
+std::string Package::RawBytes(const Part& part) const {
+  if (!part.spooled) return part.bytes;
+  std::string bytes;
+  m_spool.Get(part.spoolAt, part.spoolSize, bytes);
+  return bytes;
+}
+
+void Package::PutMedia(const std::string& part, std::string bytes) {
+  PutBytes(part, std::string());
+  Part& p = m_parts[part];
+  std::uint64_t at = 0;
+  if (m_spool.Put(bytes, &at)) {
+    p.spooled = true;
+    p.spoolAt = at;
+    p.spoolSize = bytes.size();
+  } else {
+    p.bytes = std::move(bytes);
+  }
+}
+
 std::string Package::Bytes(const std::string& part) const {
   auto it = m_parts.find(part);
   if (it == m_parts.end()) Fail(E_INVALIDARG, "no part " + part);
-  if (!it->second.xml) return it->second.bytes;
+  if (!it->second.xml) return RawBytes(it->second);
   XmlWriter w;
   w.out = kXmlDeclaration;
   it->second.xml->save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
@@ -143,6 +224,7 @@ void Package::PutBytes(const std::string& part, std::string bytes) {
   m_relMaxId.erase(part);
   auto& p = m_parts[part];
   p.xml.reset();
+  p.spooled = false;
   p.bytes = std::move(bytes);
 }
 
@@ -163,6 +245,10 @@ pugi::xml_document& Package::Xml(const std::string& part) {
   auto it = m_parts.find(part);
   if (it == m_parts.end()) Fail(E_INVALIDARG, "no part " + part);
   if (!it->second.xml) {
+    if (it->second.spooled) {
+      it->second.bytes = RawBytes(it->second);
+      it->second.spooled = false;
+    }
     auto doc = std::make_unique<pugi::xml_document>();
     auto res = doc->load_buffer(it->second.bytes.data(), it->second.bytes.size(),
                                 pugi::parse_default | pugi::parse_ws_pcdata_single | pugi::parse_declaration,
@@ -186,6 +272,7 @@ pugi::xml_document& Package::NewXml(const std::string& part, const std::string& 
   m_relMaxId.erase(part);
   auto& p = m_parts[part];
   p.bytes.clear();
+  p.spooled = false;
   p.xml = std::make_unique<pugi::xml_document>();
   if (!contentType.empty()) SetOverride(part, contentType);
   return *p.xml;
@@ -340,6 +427,7 @@ void Package::SaveFile(const std::string& path) {
       void write(const void* data, size_t size) override { zip->Write(data, size); }
     } out;
     out.zip = &zip;
+    std::string spooled;  // one picture at a time
     auto add = [&](const std::string& name, const Part& part) {
       if (part.xml) {
         zip.Begin(name);
@@ -347,7 +435,12 @@ void Package::SaveFile(const std::string& path) {
         part.xml->save(out, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
         zip.End();
       } else {
-        zip.Add(name, part.bytes.data(), part.bytes.size(), !IsCompressedData(part.bytes.data(), part.bytes.size()));
+        const std::string* bytes = &part.bytes;
+        if (part.spooled) {
+          m_spool.Get(part.spoolAt, part.spoolSize, spooled);
+          bytes = &spooled;
+        }
+        zip.Add(name, bytes->data(), bytes->size(), !IsCompressedData(bytes->data(), bytes->size()));
       }
     };
     add(kContentTypes, m_parts.at(kContentTypes));

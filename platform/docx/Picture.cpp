@@ -316,6 +316,30 @@ long long AvailableWidth(DocModel& doc, Story& story, int pos) {
 void EnsureNs(pugi::xml_node root, const char* attr, const char* uri) {
   if (!root.attribute(attr)) root.append_attribute(attr).set_value(uri);
 }
+
+// The markup of an inline picture, parsed once; each picture is a copy with its own values.
+const pugi::xml_document& DrawingTemplate() {
+  static const pugi::xml_document* const drawing = [] {
+    auto* d = new pugi::xml_document;
+    const char* xml =
+        "<w:drawing><wp:inline distT=\"0\" distB=\"0\" distL=\"0\" distR=\"0\">"
+        "<wp:extent cx=\"0\" cy=\"0\"/>"
+        "<wp:effectExtent l=\"0\" t=\"0\" r=\"0\" b=\"0\"/>"
+        "<wp:docPr id=\"0\" name=\"\"/>"
+        "<wp:cNvGraphicFramePr><a:graphicFrameLocks xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\" noChangeAspect=\"1\"/></wp:cNvGraphicFramePr>"
+        "<a:graphic xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\">"
+        "<a:graphicData uri=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
+        "<pic:pic xmlns:pic=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
+        "<pic:nvPicPr><pic:cNvPr id=\"0\" name=\"\"/><pic:cNvPicPr/></pic:nvPicPr>"
+        "<pic:blipFill><a:blip r:embed=\"\"/><a:stretch><a:fillRect/></a:stretch></pic:blipFill>"
+        "<pic:spPr><a:xfrm><a:off x=\"0\" y=\"0\"/><a:ext cx=\"0\" cy=\"0\"/></a:xfrm>"
+        "<a:prstGeom prst=\"rect\"><a:avLst/></a:prstGeom></pic:spPr></pic:pic></a:graphicData></a:graphic>"
+        "</wp:inline></w:drawing>";
+    if (!d->load_string(xml)) Fail(E_FAIL, "internal picture markup");
+    return d;
+  }();
+  return *drawing;
+}
 }  // namespace
 
 PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img, const std::string& fileName) {
@@ -331,38 +355,33 @@ PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img,
   }
   Package& pkg = doc.Pkg();
   std::string media = doc.NewPartName("word/media/image", img.ext);
-  pkg.PutBytes(media, std::move(img.bytes));
+  pkg.PutMedia(media, std::move(img.bytes));
   pkg.EnsureDefault(img.ext, img.contentType);
   std::string rid = pkg.AddRel(story.PartName(), kRelImage, media.substr(5));
   auto root = pkg.Xml(story.PartName()).document_element();
   EnsureNs(root, "xmlns:wp", "http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing");
   EnsureNs(root, "xmlns:r", "http://schemas.openxmlformats.org/officeDocument/2006/relationships");
 
-  int id = doc.NextDrawingId();
-  std::string cx = std::to_string(placed.cx), cy = std::to_string(placed.cy);
-  pugi::xml_document frag;
-  std::string xml =
-      "<w:drawing><wp:inline distT=\"0\" distB=\"0\" distL=\"0\" distR=\"0\">"
-      "<wp:extent cx=\"" + cx + "\" cy=\"" + cy + "\"/>"
-      "<wp:effectExtent l=\"0\" t=\"0\" r=\"0\" b=\"0\"/>"
-      "<wp:docPr id=\"" + std::to_string(id) + "\" name=\"Picture " + std::to_string(id) + "\"/>"
-      "<wp:cNvGraphicFramePr><a:graphicFrameLocks xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\" noChangeAspect=\"1\"/></wp:cNvGraphicFramePr>"
-      "<a:graphic xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\">"
-      "<a:graphicData uri=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
-      "<pic:pic xmlns:pic=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
-      "<pic:nvPicPr><pic:cNvPr id=\"0\" name=\"\"/><pic:cNvPicPr/></pic:nvPicPr>"
-      "<pic:blipFill><a:blip r:embed=\"" + rid + "\"/><a:stretch><a:fillRect/></a:stretch></pic:blipFill>"
-      "<pic:spPr><a:xfrm><a:off x=\"0\" y=\"0\"/><a:ext cx=\"" + cx + "\" cy=\"" + cy + "\"/></a:xfrm>"
-      "<a:prstGeom prst=\"rect\"><a:avLst/></a:prstGeom></pic:spPr></pic:pic></a:graphicData></a:graphic>"
-      "</wp:inline></w:drawing>";
-  if (!frag.load_string(xml.c_str())) Fail(E_FAIL, "internal picture markup");
-  // The picture's name is its file's name, which may hold anything a file name can.
-  SetAttr(frag.first_child().first_child().child("a:graphic").child("a:graphicData").child("pic:pic")
-              .child("pic:nvPicPr").child("pic:cNvPr"), "name", fileName);
+  const int id = doc.NextDrawingId();
+  const std::string cx = std::to_string(placed.cx), cy = std::to_string(placed.cy);
+  const std::string docPrId = std::to_string(id), docPrName = "Picture " + docPrId;
   Item* item = nullptr;
   RunProps props = PropsForTyping(story, pos);
   auto run = InsertRun(story, pos, props, &item);
-  run.append_copy(frag.first_child());
+  // A copy of the markup, then its values: extent, ids, the picture's name and relationship.
+  auto drawing = run.append_copy(DrawingTemplate().first_child());
+  auto inl = drawing.first_child();
+  inl.child("wp:extent").attribute("cx").set_value(cx.c_str());
+  inl.child("wp:extent").attribute("cy").set_value(cy.c_str());
+  inl.child("wp:docPr").attribute("id").set_value(docPrId.c_str());
+  inl.child("wp:docPr").attribute("name").set_value(docPrName.c_str());
+  auto pic = inl.child("a:graphic").child("a:graphicData").child("pic:pic");
+  // The picture's name is its file's name, which may hold anything a file name can.
+  SetAttr(pic.child("pic:nvPicPr").child("pic:cNvPr"), "name", fileName);
+  pic.child("pic:blipFill").child("a:blip").attribute("r:embed").set_value(rid.c_str());
+  auto ext = pic.child("pic:spPr").child("a:xfrm").child("a:ext");
+  ext.attribute("cx").set_value(cx.c_str());
+  ext.attribute("cy").set_value(cy.c_str());
   story.Refresh(item);
   return placed;
 }
