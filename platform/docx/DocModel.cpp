@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <sstream>
@@ -355,7 +356,14 @@ void DocModel::Save(const std::string& path) {
   std::string core = m_pkg.TargetOfType("", "http://schemas.openxmlformats.org/package/2006/relationships/metadata/core-properties");
   if (!core.empty() && m_pkg.Has(core)) {
     auto root = m_pkg.Xml(core).document_element();
+    // SOURCE_DATE_EPOCH, where set, stands for the clock: the same document then saves to the
+    // same bytes.
     std::time_t now = std::time(nullptr);
+    if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH"); epoch && *epoch) {
+      char* end = nullptr;
+      const long long seconds = std::strtoll(epoch, &end, 10);
+      if (*end == '\0' && seconds >= 0) now = static_cast<std::time_t>(seconds);
+    }
     char buf[32];
     std::strftime(buf, sizeof buf, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&now));
     if (auto m = root.child("dcterms:modified")) m.text().set(buf);
