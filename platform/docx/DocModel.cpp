@@ -332,11 +332,29 @@ std::vector<pugi::xml_node> DocModel::Sections() {
     }
   };
   walk(body);
-  if (auto s = body.child("w:sectPr")) out.push_back(s);
+  if (auto s = BodySection()) out.push_back(s);
   return out;
 }
 
+pugi::xml_node DocModel::BodySection() {
+  // The body's own section properties close the body: looked for from its end.
+  for (auto c = m_main->Root().last_child(); c; c = c.previous_sibling()) {
+    if (Is(c, "w:sectPr")) return c;
+    if (c.type() == pugi::node_element) break;
+  }
+  return {};
+}
+
 pugi::xml_node DocModel::SectionOf(Story& story, int pos) {
+  // In the main text the first section break at or after the position governs it, else the
+  // body's own properties: found without collecting every section of the document.
+  if (&story == m_main && story.Length() > 0) {
+    int off = 0;
+    for (Item* it = story.ItemAt(std::min(pos, story.Length() - 1), &off); it; it = story.Next(it))
+      if (it->kind == Item::Paragraph)
+        if (auto s = it->node.child("w:pPr").child("w:sectPr")) return s;
+    if (auto s = BodySection()) return s;
+  }
   auto sections = Sections();
   if (sections.empty()) {
     auto body = m_main->Root();
