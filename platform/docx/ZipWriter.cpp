@@ -14,6 +14,7 @@ namespace {
 constexpr std::uint16_t kDosTime = 0;
 constexpr std::uint16_t kDosDate = (1 << 9) | (1 << 5) | 1;
 constexpr std::size_t kBufferSize = 1 << 20;
+constexpr std::size_t kPendingSize = 128 * 1024;
 constexpr std::uint32_t kMax32 = 0xFFFFFFFFu;
 
 void Le16(std::string& out, std::uint16_t v) {
@@ -52,7 +53,10 @@ bool IsCompressedData(const void* data, std::size_t size) {
   return false;
 }
 
-ZipWriter::ZipWriter(int fd) : m_fd(fd) { m_buffer.reserve(kBufferSize); }
+ZipWriter::ZipWriter(int fd) : m_fd(fd) {
+  m_buffer.reserve(kBufferSize);
+  m_pending.reserve(kPendingSize);
+}
 
 ZipWriter::~ZipWriter() {
   if (m_zsReady) deflateEnd(&m_zs);
@@ -178,6 +182,27 @@ void ZipWriter::Deflate(const void* data, std::size_t size, int flush) {
 
 void ZipWriter::Write(const void* data, std::size_t size) {
   if (!m_open) throw std::logic_error("ZipWriter: no entry is open");
+  // Small pieces (a serialiser writes a few kilobytes at a time) gather before deflate.
+  if (m_pending.size() + size <= kPendingSize) {
+    m_pending.insert(m_pending.end(), static_cast<const unsigned char*>(data),
+                     static_cast<const unsigned char*>(data) + size);
+    return;
+  }
+  FlushPending();
+  if (size < kPendingSize) {
+    m_pending.assign(static_cast<const unsigned char*>(data), static_cast<const unsigned char*>(data) + size);
+    return;
+  }
+  Compress(data, size);
+}
+
+void ZipWriter::FlushPending() {
+  if (m_pending.empty()) return;
+  Compress(m_pending.data(), m_pending.size());
+  m_pending.clear();
+}
+
+void ZipWriter::Compress(const void* data, std::size_t size) {
   Entry& e = m_entries.back();
   // deflate takes at most 4 GiB at a time.
   auto* p = static_cast<const unsigned char*>(data);
@@ -194,6 +219,7 @@ void ZipWriter::Write(const void* data, std::size_t size) {
 
 void ZipWriter::End() {
   if (!m_open) throw std::logic_error("ZipWriter: no entry is open");
+  FlushPending();
   Deflate(nullptr, 0, Z_FINISH);
   m_open = false;
   const Entry& e = m_entries.back();

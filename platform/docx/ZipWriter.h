@@ -43,6 +43,8 @@ class ZipWriter {
   };
 
   void LocalHeader(Entry& e);
+  void FlushPending();
+  void Compress(const void* data, std::size_t size);
   void Deflate(const void* data, std::size_t size, int flush);
   void Put(const void* data, std::size_t size);
   void Flush();
@@ -57,6 +59,7 @@ class ZipWriter {
   z_stream m_zs{};
   bool m_zsReady = false;
   std::vector<unsigned char> m_zbuf;
+  std::vector<unsigned char> m_pending;  // what Write gathered for deflate
 };
 
 // True for bytes that deflate can't make smaller: JPEG, PNG, GIF, and zip packages (embedded
