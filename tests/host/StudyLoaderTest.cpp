@@ -1,6 +1,7 @@
 // Reading study files: the sample reads whole, and each kind of fault is refused with an
 // error that names its field, without anything being written.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <fstream>
 #include <functional>
@@ -197,6 +198,9 @@ const BadPicture kBadPictures[] = {
     {"file over 64 MiB", "pictures/body-gusset.jpg",
      [](const fs::path& p) { fs::resize_file(p, (64u << 20) + 1); },  // sparse: no real bytes
      "bodies.solids.bodies[2].picture", "is 67108865 bytes, more than the 64 MiB a picture file may have"},
+    {"named pipe in a picture's place", "pictures/body-upright.jpg",
+     [](const fs::path& p) { fs::remove(p); mkfifo(p.c_str(), 0600); },
+     "bodies.solids.bodies[1].picture", "not found"},
     {"BMP missing its last rows", "pictures/material-steel.jpg",
      [](const fs::path& p) {
        // 40 x 40 pixels of 24 bits: 120 bytes a row, 4,800 in all; only 100 rows' worth here.
