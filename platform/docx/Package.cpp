@@ -8,10 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <stdexcept>
 #include <unistd.h>
 
 #include "platform/docx/Util.h"
@@ -136,7 +136,7 @@ Package::Spool::~Spool() {
 }
 
 bool Package::Spool::Open() {
-  if (m_fd >= 0 || m_unavailable) return m_fd >= 0;
+  if (m_fd >= 0 || m_unusable) return m_fd >= 0;
   const char* env = std::getenv("TMPDIR");
   const std::string dir = env && *env ? env : "/tmp";
   m_fd = ::open(dir.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
@@ -145,32 +145,44 @@ bool Package::Spool::Open() {
     m_fd = ::mkostemp(name.data(), O_CLOEXEC);
     if (m_fd >= 0) ::unlink(name.c_str());
   }
-  m_unavailable = m_fd < 0;
+  m_unusable = m_fd < 0;
   return m_fd >= 0;
 }
 
-bool Package::Spool::WriteOut(const char* p, std::size_t n) {
+bool Package::Spool::WriteAt(const char* p, std::size_t n, std::uint64_t at) {
   while (n > 0) {
-    ssize_t put = ::pwrite(m_fd, p, n, static_cast<off_t>(m_written));
+    ssize_t put = ::pwrite(m_fd, p, n, static_cast<off_t>(at));
     if (put < 0 && errno == EINTR) continue;
     if (put <= 0) return false;
     p += put;
     n -= static_cast<std::size_t>(put);
-    m_written += static_cast<std::uint64_t>(put);
+    at += static_cast<std::uint64_t>(put);
   }
   return true;
 }
 
 bool Package::Spool::Put(const std::string& bytes, std::uint64_t* at) {
-  if (!Open()) return false;
-  // Small parts gather in memory and go to the file a block at a time.
+  if (m_unusable || !Open()) return false;
+  // Small parts gather in memory and go to the file a block at a time. After a failed write
+  // (a full disk) the spool takes nothing more; what it holds stays readable.
   constexpr std::size_t kBlock = 1 << 20;
-  if (m_pending.size() + bytes.size() > kBlock) {
-    if (!WriteOut(m_pending.data(), m_pending.size())) return false;  // a full disk: bytes stay in memory
+  if (!m_pending.empty() && m_pending.size() + bytes.size() > kBlock) {
+    if (!WriteAt(m_pending.data(), m_pending.size(), m_written)) {
+      m_unusable = true;
+      return false;
+    }
+    m_written += m_pending.size();
     m_pending.clear();
   }
   *at = m_written + m_pending.size();
-  if (bytes.size() >= kBlock) return WriteOut(bytes.data(), bytes.size());
+  if (bytes.size() >= kBlock) {  // nothing is pending here
+    if (!WriteAt(bytes.data(), bytes.size(), m_written)) {
+      m_unusable = true;
+      return false;
+    }
+    m_written += bytes.size();
+    return true;
+  }
   m_pending += bytes;
   return true;
 }

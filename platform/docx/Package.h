@@ -108,9 +108,9 @@ class Package {
     void Get(std::uint64_t at, std::uint64_t size, std::string& into) const;  // throws on a failed read
    private:
     bool Open();
-    bool WriteOut(const char* data, std::size_t size);
+    bool WriteAt(const char* data, std::size_t size, std::uint64_t at);
     int m_fd = -1;
-    bool m_unavailable = false;
+    bool m_unusable = false;      // no spool file, or a write to it failed
     std::uint64_t m_written = 0;  // bytes in the file
     std::string m_pending;        // what follows them, not yet written
   };

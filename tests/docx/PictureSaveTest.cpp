@@ -282,6 +282,33 @@ TEST(PictureSave, ASaveThatFailsMidwayLeavesTheOldFileAndNoTemporary) {
   EXPECT_TRUE(HasPart(target, "word/media/image1.jpeg"));
 }
 
+TEST(PictureSave, PicturesTheSpoolCannotTakeStayInMemory) {
+  // Twelve pictures of about 270 KB while files may not grow past 1.5 MB: the spool takes the
+  // first megabyte, fails part way through the second and keeps the rest in memory. Every
+  // picture still comes back whole.
+  Doc d(12);
+  std::vector<std::string> pictures;
+  for (int i = 0; i < 12; ++i) {
+    pictures.push_back(MakePng(300, 300 + i));
+    WriteFile(d.dir.File(std::to_string(i) + ".png"), pictures.back());
+  }
+  struct rlimit old {};
+  getrlimit(RLIMIT_FSIZE, &old);
+  struct rlimit small = old;
+  small.rlim_cur = 1536 * 1024;
+  void (*oldHandler)(int) = signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &small);
+  bool placed = true;
+  for (int i = 0; i < 12; ++i) placed = d.Place(i + 1, std::to_string(i) + ".png") && placed;
+  setrlimit(RLIMIT_FSIZE, &old);
+  signal(SIGXFSZ, oldHandler);
+  ASSERT_TRUE(placed);
+  const auto entries = Entries(d.Save("out.docx"));
+  for (int i = 0; i < 12; ++i)
+    EXPECT_EQ(entries.at("word/media/image" + std::to_string(i + 1) + ".png").second, pictures[static_cast<std::size_t>(i)])
+        << i;
+}
+
 TEST(ZipWriter, ManyEntriesGetZip64RecordsAndReadBack) {
   TempDir dir;
   const std::string path = dir.File("many.zip");
