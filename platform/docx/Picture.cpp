@@ -122,18 +122,23 @@ void ReadGif(const std::string& b, ImageInfo& info) {
   if (info.width <= 0 || info.height <= 0) Bad("damaged GIF picture: no picture size");
 }
 
-// Size and resolution from the header; decoded and made a PNG.
+// Size and resolution from the header; uncompressed rows must all be there.
 void ReadBmp(std::string& b, ImageInfo& info) {
   auto* d = reinterpret_cast<const unsigned char*>(b.data());
   if (b.size() < 26) CutShort("BMP");
   const std::uint32_t header = static_cast<std::uint32_t>(LE32(d + 14));
   std::int64_t w = 0, h = 0;
+  unsigned bits = 0;
+  std::uint32_t compression = 0;
   if (header == 12) {
     w = LE16(d + 18);
     h = LE16(d + 20);
+    bits = LE16(d + 24);
   } else if (header >= 40 && b.size() >= 54) {
     w = LE32(d + 18);
     h = LE32(d + 22);
+    bits = LE16(d + 28);
+    compression = static_cast<std::uint32_t>(LE32(d + 30));
     std::int32_t x = LE32(d + 38), y = LE32(d + 42);
     if (x > 0 && y > 0) { info.dpiX = std::round(x * 0.0254); info.dpiY = std::round(y * 0.0254); }
   } else {
@@ -143,6 +148,12 @@ void ReadBmp(std::string& b, ImageInfo& info) {
   if (w <= 0 || h <= 0 || w > 0x7FFFFFFF || h > 0x7FFFFFFF) Bad("damaged BMP picture: no picture size");
   info.width = static_cast<int>(w);
   info.height = static_cast<int>(h);
+  const bool uncompressed = compression == 0 || compression == 3 || compression == 6;
+  if (uncompressed && bits > 0 && bits <= 64 &&
+      static_cast<std::uint64_t>(w) * static_cast<std::uint64_t>(h) <= kMaxPicturePixels) {
+    const std::uint64_t stride = (static_cast<std::uint64_t>(w) * bits + 31) / 32 * 4;
+    if (static_cast<std::uint32_t>(LE32(d + 10)) + stride * static_cast<std::uint64_t>(h) > b.size()) CutShort("BMP");
+  }
 }
 
 void AppendChunk(std::string& png, const char* type, const unsigned char* data, std::size_t size) {

@@ -194,9 +194,11 @@ TEST(PictureSave, PicturesCutShortOrOverTheCapsAreRefusedAndChangeNothing) {
   WriteFile(d.dir.File("big.jpg"), jpeg);
   fs::resize_file(d.dir.File("big.jpg"), docx::kMaxPictureFileBytes + 1);  // sparse
   WriteFile(d.dir.File("text.png"), "not a picture at all");
+  const std::string bmp = MakeBmp(40, 30);
+  WriteFile(d.dir.File("rows.bmp"), bmp.substr(0, bmp.size() - 100));
   ASSERT_EQ(mkfifo(d.dir.File("pipe.png").c_str(), 0600), 0);  // refused, not waited on
   const std::u16string before = d.doc->GetContent()->GetText();
-  for (const char* file : {"half.jpg", "half.png", "noend.png", "header.jpg", "huge.png", "big.jpg", "text.png", "pipe.png"}) {
+  for (const char* file : {"half.jpg", "half.png", "noend.png", "header.jpg", "huge.png", "big.jpg", "text.png", "pipe.png", "rows.bmp"}) {
     EXPECT_FALSE(d.Place(1, file)) << file;
     EXPECT_EQ(d.doc->GetContent()->GetText(), before) << file;
   }
