@@ -1,5 +1,8 @@
 #include "core/ReportManager.h"
 
+#include <string_view>
+#include <unordered_map>
+
 #include "core/Report.h"
 #include "core/ShellOpen.h"
 #include "model/Archive.h"
@@ -193,13 +196,19 @@ ImageChoiceArray CZPReportManager::AllImagesTicked() {
 }
 
 void CZPReportManager::IncludeChosenImages(CZPReport& report, const ImageChoiceArray& images) {
+  // The images by name, the first of a name winning as in GetImage: one pass, however many.
+  std::unordered_map<std::u16string_view, COVReportImage*> byName;
+  byName.reserve(m_images.size());
+  for (COVReportImage* image : m_images) byName.emplace(image->m_imageName, image);
   for (const ImageChoice& choice : images) {
     if (choice.selected != 1) continue;
     CString name = choice.name;
     const int bracket = name.Find(u'(');
     if (bracket >= 0) name = name.Left(bracket);
-    if (COVReportImage* image = GetImage(name))
-      image->IncludeImageInReport(report.m_reportName, image->m_imageSectionId, image->m_imageSectionName);
+    auto found = byName.find(name);
+    if (found == byName.end()) continue;
+    COVReportImage* image = found->second;
+    image->IncludeImageInReport(report.m_reportName, image->m_imageSectionId, image->m_imageSectionName);
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <sstream>
@@ -331,11 +332,29 @@ std::vector<pugi::xml_node> DocModel::Sections() {
     }
   };
   walk(body);
-  if (auto s = body.child("w:sectPr")) out.push_back(s);
+  if (auto s = BodySection()) out.push_back(s);
   return out;
 }
 
+pugi::xml_node DocModel::BodySection() {
+  // The body's own section properties close the body: looked for from its end.
+  for (auto c = m_main->Root().last_child(); c; c = c.previous_sibling()) {
+    if (Is(c, "w:sectPr")) return c;
+    if (c.type() == pugi::node_element) break;
+  }
+  return {};
+}
+
 pugi::xml_node DocModel::SectionOf(Story& story, int pos) {
+  // In the main text the first section break at or after the position governs it, else the
+  // body's own properties: found without collecting every section of the document.
+  if (&story == m_main && story.Length() > 0) {
+    int off = 0;
+    for (Item* it = story.ItemAt(std::min(pos, story.Length() - 1), &off); it; it = story.Next(it))
+      if (it->kind == Item::Paragraph)
+        if (auto s = it->node.child("w:pPr").child("w:sectPr")) return s;
+    if (auto s = BodySection()) return s;
+  }
   auto sections = Sections();
   if (sections.empty()) {
     auto body = m_main->Root();
@@ -355,7 +374,14 @@ void DocModel::Save(const std::string& path) {
   std::string core = m_pkg.TargetOfType("", "http://schemas.openxmlformats.org/package/2006/relationships/metadata/core-properties");
   if (!core.empty() && m_pkg.Has(core)) {
     auto root = m_pkg.Xml(core).document_element();
+    // SOURCE_DATE_EPOCH, where set, stands for the clock: the same document then saves to the
+    // same bytes.
     std::time_t now = std::time(nullptr);
+    if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH"); epoch && *epoch) {
+      char* end = nullptr;
+      const long long seconds = std::strtoll(epoch, &end, 10);
+      if (*end == '\0' && seconds >= 0) now = static_cast<std::time_t>(seconds);
+    }
     char buf[32];
     std::strftime(buf, sizeof buf, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&now));
     if (auto m = root.child("dcterms:modified")) m.text().set(buf);

@@ -113,6 +113,7 @@ class DocModel {
   int seekSection = 0;      // index in Sections() of the header/footer shown
   std::vector<pugi::xml_node> Sections();            // w:sectPr in document order
   pugi::xml_node SectionOf(Story& story, int pos);   // w:sectPr governing a position of the main story
+  pugi::xml_node BodySection();                      // the body's own w:sectPr (its last child), or null
 
   std::u16string name = u"Document1";
   std::u16string fullName = u"Document1";

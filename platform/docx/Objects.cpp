@@ -414,11 +414,7 @@ class InlineShapesImpl : public Word::InlineShapes {
     if (LinkToFile.AsBoolOr(false)) throw ComError(E_NOTIMPL, "linked pictures");
     (void)SaveWithDocument;
     std::string path = NativePath(FileName);
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw ComError(WordError(Word::wdErrFileNotFound), "cannot open picture " + path);
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    ImageInfo img = ReadImage(ss.str());
+    ImageInfo img = ReadImage(ReadPictureFile(path));
     Story* story = m_story;
     int s = m_start, e = m_end;
     bool moveSelection = m_sel;
@@ -437,7 +433,7 @@ class InlineShapesImpl : public Word::InlineShapes {
     if (e > s) {
       if (!DeleteSpan(*story, s, e)) throw ComError(E_NOTIMPL, "a picture over table cells");
     }
-    PlacedPicture placed = InsertPicture(d, *story, s, img, BaseName(path));
+    PlacedPicture placed = InsertPicture(d, *story, s, std::move(img), BaseName(path));
     if (moveSelection) d.sel = SelectionState{story, s + 1, s + 1, false};
     return std::make_shared<InlineShapeImpl>(m_doc, story, s, placed.cx, placed.cy);
   }

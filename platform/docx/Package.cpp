@@ -1,24 +1,29 @@
 #include "platform/docx/Package.h"
 
+#include <fcntl.h>
 #include <zip.h>
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <stdexcept>
 #include <string_view>
 #include <unistd.h>
 
 #include "platform/docx/Util.h"
+#include "platform/docx/ZipWriter.h"
 #include "platform/word/ComError.h"
 
 namespace docx {
 
 namespace {
 const char* kContentTypes = "[Content_Types].xml";
+const char* kXmlDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n";
 
 [[noreturn]] void Corrupt(const std::string& what) { Fail(Word::WordError(Word::wdErrFileCorrupt), what); }
 
@@ -158,22 +163,113 @@ std::vector<std::string> Package::PartNames() const {
   return r;
 }
 
-const std::string& Package::Bytes(const std::string& part) {
+Package::Spool::~Spool() {
+  if (m_fd >= 0) ::close(m_fd);
+}
+
+bool Package::Spool::Open() {
+  if (m_fd >= 0 || m_unusable) return m_fd >= 0;
+  const char* env = std::getenv("TMPDIR");
+  const std::string dir = env && *env ? env : "/tmp";
+  m_fd = ::open(dir.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+  if (m_fd < 0) {
+    std::string name = dir + "/zp-spool-XXXXXX";
+    m_fd = ::mkostemp(name.data(), O_CLOEXEC);
+    if (m_fd >= 0) ::unlink(name.c_str());
+  }
+  m_unusable = m_fd < 0;
+  return m_fd >= 0;
+}
+
+bool Package::Spool::WriteAt(const char* p, std::size_t n, std::uint64_t at) {
+  while (n > 0) {
+    ssize_t put = ::pwrite(m_fd, p, n, static_cast<off_t>(at));
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) return false;
+    p += put;
+    n -= static_cast<std::size_t>(put);
+    at += static_cast<std::uint64_t>(put);
+  }
+  return true;
+}
+
+bool Package::Spool::Put(const std::string& bytes, std::uint64_t* at) {
+  if (m_unusable || !Open()) return false;
+  // Small parts gather in memory and go to the file a block at a time. After a failed write
+  // (a full disk) the spool takes nothing more; what it holds stays readable.
+  constexpr std::size_t kBlock = 1 << 20;
+  if (!m_pending.empty() && m_pending.size() + bytes.size() > kBlock) {
+    if (!WriteAt(m_pending.data(), m_pending.size(), m_written)) {
+      m_unusable = true;
+      return false;
+    }
+    m_written += m_pending.size();
+    m_pending.clear();
+  }
+  *at = m_written + m_pending.size();
+  if (bytes.size() >= kBlock) {  // nothing is pending here
+    if (!WriteAt(bytes.data(), bytes.size(), m_written)) {
+      m_unusable = true;
+      return false;
+    }
+    m_written += bytes.size();
+    return true;
+  }
+  m_pending += bytes;
+  return true;
+}
+
+void Package::Spool::Get(std::uint64_t at, std::uint64_t size, std::string& into) const {
+  into.resize(static_cast<std::size_t>(size));
+  if (at >= m_written) {
+    std::memcpy(into.data(), m_pending.data() + (at - m_written), into.size());
+    return;
+  }
+  std::size_t got = 0;
+  while (got < into.size()) {
+    ssize_t n = ::pread(m_fd, into.data() + got, into.size() - got, static_cast<off_t>(at + got));
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) throw std::runtime_error("cannot read back a picture of the document");
+    got += static_cast<std::size_t>(n);
+  }
+}
+
+std::string Package::RawBytes(const Part& part) const {
+  if (!part.spooled) return part.bytes;
+  std::string bytes;
+  m_spool.Get(part.spoolAt, part.spoolSize, bytes);
+  return bytes;
+}
+
+void Package::PutMedia(const std::string& part, std::string bytes) {
+  PutBytes(part, std::string());
+  Part& p = m_parts[part];
+  std::uint64_t at = 0;
+  if (m_spool.Put(bytes, &at)) {
+    p.spooled = true;
+    p.spoolAt = at;
+    p.spoolSize = bytes.size();
+  } else {
+    p.bytes = std::move(bytes);
+  }
+}
+
+std::string Package::Bytes(const std::string& part) const {
   auto it = m_parts.find(part);
   if (it == m_parts.end()) Fail(E_INVALIDARG, "no part " + part);
-  if (it->second.xml) {
-    XmlWriter w;
-    DataMarksAside aside(*it->second.xml);
-    it->second.xml->save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
-    it->second.bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n" + w.out;
-  }
-  return it->second.bytes;
+  if (!it->second.xml) return RawBytes(it->second);
+  XmlWriter w;
+  w.out = kXmlDeclaration;
+  DataMarksAside aside(*it->second.xml);
+  it->second.xml->save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+  return std::move(w.out);
 }
 
 void Package::PutBytes(const std::string& part, std::string bytes) {
   m_relMaxId.erase(part);
   auto& p = m_parts[part];
   p.xml.reset();
+  p.spooled = false;
   p.bytes = std::move(bytes);
 }
 
@@ -194,6 +290,10 @@ pugi::xml_document& Package::Xml(const std::string& part) {
   auto it = m_parts.find(part);
   if (it == m_parts.end()) Fail(E_INVALIDARG, "no part " + part);
   if (!it->second.xml) {
+    if (it->second.spooled) {
+      it->second.bytes = RawBytes(it->second);
+      it->second.spooled = false;
+    }
     auto doc = std::make_unique<pugi::xml_document>();
     auto res = doc->load_buffer(it->second.bytes.data(), it->second.bytes.size(),
                                 pugi::parse_default | pugi::parse_ws_pcdata_single | pugi::parse_declaration,
@@ -210,6 +310,8 @@ pugi::xml_document& Package::Xml(const std::string& part) {
     if (std::string_view(it->second.bytes).find(kDataAttr) != std::string_view::npos)
       for (auto n : ElementsWith(*doc, kDataAttr)) n.remove_attribute(kDataAttr);
     it->second.xml = std::move(doc);
+    // The tree is the part from now on.
+    std::string().swap(it->second.bytes);
   }
   return *it->second.xml;
 }
@@ -218,6 +320,7 @@ pugi::xml_document& Package::NewXml(const std::string& part, const std::string& 
   m_relMaxId.erase(part);
   auto& p = m_parts[part];
   p.bytes.clear();
+  p.spooled = false;
   p.xml = std::make_unique<pugi::xml_document>();
   if (!contentType.empty()) SetOverride(part, contentType);
   return *p.xml;
@@ -354,46 +457,56 @@ std::string Package::TargetOfId(const std::string& part, const std::string& id) 
 std::string Package::MainPart() { return TargetOfType("", kRelOfficeDocument); }
 
 void Package::SaveFile(const std::string& path) {
-  // Serialise everything first, so that a failure leaves nothing behind.
-  std::vector<std::pair<std::string, const std::string*>> entries;
-  entries.emplace_back(kContentTypes, &Bytes(kContentTypes));
-  for (auto& [name, part] : m_parts)
-    if (name != kContentTypes) entries.emplace_back(name, &Bytes(name));
-
   static std::atomic<unsigned> counter{0};
   std::random_device rd;
-  std::string tmp = path + ".~" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-" +
-                    std::to_string(rd() & 0xFFFFFF) + ".tmp";
-  int err = 0;
-  zip_t* z = zip_open(tmp.c_str(), ZIP_CREATE | ZIP_EXCL, &err);
-  if (!z) Fail(Word::WordError(Word::wdErrCannotSave), "cannot create " + tmp);
-  bool ok = true;
+  const std::string tmp = path + ".~" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-" +
+                          std::to_string(rd() & 0xFFFFFF) + ".tmp";
+  const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (fd < 0) Fail(Word::WordError(Word::wdErrCannotSave), "cannot create " + tmp + ": " + std::strerror(errno));
+  // Each part goes into the archive as it is serialised: XML parts from their trees through
+  // deflate, pictures and packages (already compressed) stored as they are, anything else
+  // deflated. [Content_Types].xml comes first, then the parts by name, so that the same
+  // package always gives the same bytes.
   std::string why;
-  for (auto& [name, bytes] : entries) {
-    zip_source_t* s = zip_source_buffer(z, bytes->data(), bytes->size(), 0);
-    if (!s) { ok = false; why = "out of memory"; break; }
-    zip_int64_t idx = zip_file_add(z, name.c_str(), s, ZIP_FL_ENC_UTF_8 | ZIP_FL_OVERWRITE);
-    if (idx < 0) {
-      zip_source_free(s);
-      ok = false;
-      why = zip_strerror(z);
-      break;
-    }
-    zip_set_file_compression(z, static_cast<zip_uint64_t>(idx), ZIP_CM_DEFLATE, 6);
-    zip_file_set_mtime(z, static_cast<zip_uint64_t>(idx), 315532800 + 86400 * 366, 0);
+  try {
+    ZipWriter zip(fd);
+    struct ToZip : pugi::xml_writer {
+      ZipWriter* zip = nullptr;
+      void write(const void* data, size_t size) override { zip->Write(data, size); }
+    } out;
+    out.zip = &zip;
+    std::string spooled;  // one picture at a time
+    auto add = [&](const std::string& name, const Part& part) {
+      if (part.xml) {
+        zip.Begin(name);
+        zip.Write(kXmlDeclaration, std::strlen(kXmlDeclaration));
+        DataMarksAside aside(*part.xml);
+        part.xml->save(out, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+        zip.End();
+      } else {
+        const std::string* bytes = &part.bytes;
+        if (part.spooled) {
+          m_spool.Get(part.spoolAt, part.spoolSize, spooled);
+          bytes = &spooled;
+        }
+        zip.Add(name, bytes->data(), bytes->size(), !IsCompressedData(bytes->data(), bytes->size()));
+      }
+    };
+    add(kContentTypes, m_parts.at(kContentTypes));
+    for (const auto& [name, part] : m_parts)
+      if (name != kContentTypes) add(name, part);
+    zip.Finish();
+  } catch (const std::exception& e) {
+    why = e.what();
   }
-  if (ok && zip_close(z) != 0) {
-    ok = false;
-    why = zip_strerror(z);
-  }
-  if (!ok) {
-    zip_discard(z);
-    std::remove(tmp.c_str());
+  if (::close(fd) != 0 && why.empty()) why = std::strerror(errno);
+  if (!why.empty()) {
+    ::unlink(tmp.c_str());
     Fail(Word::WordError(Word::wdErrCannotSave), "cannot write " + path + ": " + why);
   }
   if (std::rename(tmp.c_str(), path.c_str()) != 0) {
     int e = errno;
-    std::remove(tmp.c_str());
+    ::unlink(tmp.c_str());
     Fail(Word::WordError(Word::wdErrCannotSave), "cannot replace " + path + ": " + std::strerror(e));
   }
 }

@@ -62,12 +62,16 @@ class Package {
   void OpenFile(const std::string& path, const PackageLimits& limits = {});
   void OpenMemory(const void* data, std::size_t size, const PackageLimits& limits = {});
   // Writes the package aside and renames it over `path`; a failure leaves `path` as it was.
+  // Parts are streamed into the archive from their trees; no serialised copy is made.
   void SaveFile(const std::string& path);
 
   bool Has(const std::string& part) const { return m_parts.count(part) != 0; }
   std::vector<std::string> PartNames() const;
-  const std::string& Bytes(const std::string& part);          // serialises an XML part first
+  std::string Bytes(const std::string& part) const;           // an XML part serialised
   void PutBytes(const std::string& part, std::string bytes);  // replaces the part
+  // Replaces the part with bytes the engine will not look at again before the save (a
+  // picture): they are kept in the package's spool file, out of memory, when it can have one.
+  void PutMedia(const std::string& part, std::string bytes);
   void Remove(const std::string& part);                       // with its rels and override
 
   // The part parsed as XML; parse errors throw ComError(wdErrFileCorrupt).
@@ -95,8 +99,30 @@ class Package {
   struct Part {
     std::string bytes;
     std::unique_ptr<pugi::xml_document> xml;
+    bool spooled = false;               // the bytes are in m_spool, at spoolAt
+    std::uint64_t spoolAt = 0, spoolSize = 0;
   };
+  // Bytes kept out of memory: an unlinked file that only this package can reach, appended to
+  // once per part and read back at the save, so what comes back is what was put.
+  class Spool {
+   public:
+    Spool() = default;
+    Spool(const Spool&) = delete;
+    Spool& operator=(const Spool&) = delete;
+    ~Spool();
+    bool Put(const std::string& bytes, std::uint64_t* at);  // false: no spool file here
+    void Get(std::uint64_t at, std::uint64_t size, std::string& into) const;  // throws on a failed read
+   private:
+    bool Open();
+    bool WriteAt(const char* data, std::size_t size, std::uint64_t at);
+    int m_fd = -1;
+    bool m_unusable = false;      // no spool file, or a write to it failed
+    std::uint64_t m_written = 0;  // bytes in the file
+    std::string m_pending;        // what follows them, not yet written
+  };
+  std::string RawBytes(const Part& part) const;  // from memory or the spool
   std::map<std::string, Part> m_parts;
+  Spool m_spool;
   std::map<std::string, long> m_relMaxId;  // rels part -> highest rIdN, once AddRel has read it
 };
 

@@ -471,13 +471,45 @@ void Story::RemoveBlock(pugi::xml_node block) {
   ++m_doc.edits;
   std::vector<std::pair<pugi::xml_node, Item::Kind>> nodes;
   Collect(block, nodes);
+  // A find hint that resumes at an item going away resumes after the block instead: taking
+  // paragraphs out never puts a needle before that point. (A writer that finds a tag and
+  // deletes its row would otherwise lose the hint at every row.)
+  bool hinted = false;
+  Item* last = nullptr;
+  for (auto& [node, kind] : nodes) {
+    if (Item* it = ItemOf(node)) {
+      hinted = hinted || it->resumesFind;
+      last = it;
+    }
+  }
+  Item* after = hinted ? Next(last) : nullptr;  // a block's items stand together
   for (auto& [node, kind] : nodes) {
     auto f = m_items.find(node.internal_object());
     if (f == m_items.end()) continue;
     Item* it = f->second.get();
+    if (it->resumesFind) MoveHints(it, after);
     IndexRemove(it);
     Erase(it);
     m_items.erase(f);
+  }
+}
+
+void Story::MoveHints(const Item* from, Item* to) {
+  for (auto h = m_hints.begin(); h != m_hints.end();) {
+    FindHint& hint = h->second;
+    if (hint.resume != from || hint.resumeSerial != from->serial) {
+      ++h;
+      continue;
+    }
+    if (!to || to == hint.anchor) {
+      h = m_hints.erase(h);
+      continue;
+    }
+    hint.resume = to;
+    hint.resumeKey = to->node.internal_object();
+    hint.resumeSerial = to->serial;
+    to->resumesFind = true;
+    ++h;
   }
 }
 
@@ -566,6 +598,7 @@ void Story::RememberFind(const String& needle, const Item* anchor, int offset, c
   if (m_hints.size() > 4096) m_hints.clear();
   m_hints[needle] = FindHint{anchor->node.internal_object(), anchor, anchor->serial, offset,
                              resume->node.internal_object(), resume, resume->serial, Gram(&needle[0]), m_clock};
+  const_cast<Item*>(resume)->resumesFind = true;
 }
 
 Item* Story::RecallFind(const String& needle, const Item* anchor, int offset) const {

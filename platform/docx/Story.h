@@ -52,6 +52,7 @@ struct Item {
   std::vector<std::uint64_t> grams;  // trigram keys registered in the story index, sorted
   std::vector<std::uint32_t> gramSlots;  // where this item stands in each of those buckets
   std::uint64_t serial = 0;          // unique in its story: tells a live item from a reused address
+  bool resumesFind = false;          // a find hint resumes here (RememberFind)
   int outline = -1;              // resolved outline level 0..8, -1 for none
   bool hasData = false;          // some segment holds text typed from data
   bool IsHeading() const { return outline >= 0 && outline <= 8; }
@@ -169,6 +170,8 @@ class Story {
   };
   std::unordered_map<String, FindHint> m_hints;
   bool Alive(const void* key, const Item* it, std::uint64_t serial) const;
+  // Hints that resume at `from` (about to go) resume at `to` instead; dropped when it is null.
+  void MoveHints(const Item* from, Item* to);
   std::uint32_t m_seed = 0x9E3779B9u;
 };
 

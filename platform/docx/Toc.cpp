@@ -68,6 +68,24 @@ std::vector<TocField> FindTocs(Story& s) {
   return out;
 }
 
+// FindTocs of a document's main story, kept while the document does not change: Count, Item
+// and Update each ask for the fields, and each walk covers the whole story. A document's
+// serial is never reused, so a closed one is never mistaken for another.
+const std::vector<TocField>& MainTocs(DocModel& d) {
+  struct Cache {
+    std::uint64_t serial = 0;
+    long edits = -1;
+    std::vector<TocField> tocs;
+  };
+  thread_local Cache cache;
+  if (cache.serial != d.Serial() || cache.edits != d.edits) {
+    cache.tocs = FindTocs(d.Main());
+    cache.serial = d.Serial();
+    cache.edits = d.edits;
+  }
+  return cache.tocs;
+}
+
 struct Switches {
   int from = 1, to = 9;
   bool links = false;
@@ -236,7 +254,7 @@ class TocImpl : public Word::TableOfContents {
 
  private:
   TocField Field(DocModel& d) {
-    auto all = FindTocs(d.Main());
+    const auto& all = MainTocs(d);
     if (m_index < 1 || m_index > static_cast<int>(all.size()))
       throw ComError(WordError(Word::wdErrNoSuchMember), "the table of contents is gone");
     return all[static_cast<size_t>(m_index - 1)];
@@ -411,7 +429,7 @@ void TocImpl::Update() {
 class TocsImpl : public Word::TablesOfContents {
  public:
   explicit TocsImpl(DocPtr doc) : m_doc(std::move(doc)) {}
-  std::int32_t GetCount() override { return static_cast<int>(FindTocs(Live(m_doc).Main()).size()); }
+  std::int32_t GetCount() override { return static_cast<int>(MainTocs(Live(m_doc)).size()); }
   Word::Ptr<Word::TableOfContents> Item(std::int32_t index) override {
     if (index < 1 || index > GetCount())
       throw ComError(WordError(Word::wdErrNoSuchMember), "TablesOfContents.Item(" + std::to_string(index) + ")");

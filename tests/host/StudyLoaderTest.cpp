@@ -1,11 +1,13 @@
 // Reading study files: the sample reads whole, and each kind of fault is refused with an
 // error that names its field, without anything being written.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <fstream>
 #include <functional>
 
 #include "host/HostTestKit.h"
+#include "platform/host/fixture/FixturePictures.h"
 #include "platform/host/fixture/StudyLoader.h"
 
 using namespace hosttest;
@@ -140,6 +142,145 @@ TEST(StudyLoaderTest, RefusesAPictureThatIsNotOne) {
   } catch (const StudyFileError& e) {
     EXPECT_EQ(e.Field(), "model.picture");
     EXPECT_NE(e.Problem().find("is not a JPEG, PNG, BMP or GIF picture"), std::string::npos);
+  }
+}
+
+namespace {
+
+std::string FileBytes(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void PutFile(const fs::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+std::string BigEndian(std::uint32_t v) {
+  return {static_cast<char>(v >> 24), static_cast<char>(v >> 16), static_cast<char>(v >> 8), static_cast<char>(v)};
+}
+
+std::string PngChunk(const char* type, const std::string& data) {
+  return BigEndian(static_cast<std::uint32_t>(data.size())) + type + data + BigEndian(0);
+}
+
+// A PNG whose header claims width x height pixels; its data is a token.
+std::string PngOfSize(std::uint32_t width, std::uint32_t height) {
+  return std::string("\x89PNG\r\n\x1A\n", 8) +
+         PngChunk("IHDR", BigEndian(width) + BigEndian(height) + std::string("\x08\x02\0\0\0", 5)) +
+         PngChunk("IDAT", std::string(16, '\0')) + PngChunk("IEND", "");
+}
+
+struct BadPicture {
+  const char* what;
+  const char* file;  // a picture of the sample, relative to its folder
+  std::function<void(const fs::path&)> spoil;
+  const char* field;
+  const char* problem;
+};
+
+const BadPicture kBadPictures[] = {
+    {"JPEG cut in half", "pictures/model.jpg",
+     [](const fs::path& p) { std::string b = FileBytes(p); PutFile(p, b.substr(0, b.size() / 2)); },
+     "model.picture", "is cut short"},
+    {"JPEG cut inside its header", "pictures/model-analysed.jpg",
+     [](const fs::path& p) { PutFile(p, FileBytes(p).substr(0, 30)); },
+     "study.analysedPicture", "is cut short"},
+    {"PNG cut in half", "pictures/curve-aluminium.png",
+     [](const fs::path& p) { std::string b = FileBytes(p); PutFile(p, b.substr(0, b.size() / 2)); },
+     "materials[0].curves[3].picture", "is cut short"},
+    {"PNG without its end chunk", "pictures/curve-steel.png",
+     [](const fs::path& p) { std::string b = FileBytes(p); PutFile(p, b.substr(0, b.size() - 12)); },
+     "materials[0].curves[0].picture", "is cut short"},
+    {"PNG of 18000 x 18000 pixels", "pictures/plot-stress.jpg",
+     [](const fs::path& p) { PutFile(p, PngOfSize(18000, 18000)); },
+     "images[1].picture", "18000 x 18000 pixels (324 megapixels), more than the 100 megapixels"},
+    {"file over 64 MiB", "pictures/body-gusset.jpg",
+     [](const fs::path& p) { fs::resize_file(p, (64u << 20) + 1); },  // sparse: no real bytes
+     "bodies.solids.bodies[2].picture", "is 67108865 bytes, more than the 64 MiB a picture file may have"},
+    {"named pipe in a picture's place", "pictures/body-upright.jpg",
+     [](const fs::path& p) { fs::remove(p); mkfifo(p.c_str(), 0600); },
+     "bodies.solids.bodies[1].picture", "not found"},
+    {"BMP missing its last rows", "pictures/material-steel.jpg",
+     [](const fs::path& p) {
+       // 40 x 40 pixels of 24 bits: 120 bytes a row, 4,800 in all; only 100 rows' worth here.
+       std::string bmp = "BM" + std::string(12, '\0');
+       std::string info(40, '\0');
+       info[0] = 40;
+       info[4] = 40;
+       info[8] = 40;
+       info[12] = 1;
+       info[14] = 24;
+       bmp[10] = 54;
+       PutFile(p, bmp + info + std::string(100, '\x7F'));
+     },
+     "materials[0].picture", "is cut short"},
+};
+
+class BadPictureTest : public testing::TestWithParam<BadPicture> {};
+
+}  // namespace
+
+TEST_P(BadPictureTest, IsRefusedNamingTheFieldTheFileAndTheCap) {
+  const BadPicture& c = GetParam();
+  ScratchDir dir;
+  const std::string path = WriteStudy(dir, SampleJson());
+  c.spoil(dir / c.file);
+  try {
+    LoadFixtureStudy(path);
+    FAIL() << c.what << ": the study was accepted";
+  } catch (const StudyFileError& e) {
+    EXPECT_EQ(e.Field(), c.field) << e.what();
+    EXPECT_NE(e.Problem().find("\"" + std::string(c.file) + "\""), std::string::npos) << e.what();
+    EXPECT_NE(e.Problem().find(c.problem), std::string::npos) << e.what();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Pictures, BadPictureTest, testing::ValuesIn(kBadPictures),
+                         [](const testing::TestParamInfo<BadPicture>& info) {
+                           std::string name;
+                           for (const char* p = info.param.what; *p; ++p)
+                             name += std::isalnum(static_cast<unsigned char>(*p)) ? *p : '_';
+                           return name;
+                         });
+
+TEST(StudyLoaderTest, TakesPicturesWithBytesAfterTheirEndAndAtTheCaps) {
+  ScratchDir dir;
+  const std::string path = WriteStudy(dir, SampleJson());
+  // Some writers append bytes after a JPEG's end marker; the picture is whole.
+  std::ofstream(dir / "pictures" / "model.jpg", std::ios::binary | std::ios::app) << std::string(70000, 'x');
+  // 10,000 x 10,000 is exactly the cap.
+  PutFile(dir / "pictures" / "plot-stress.jpg", PngOfSize(10000, 10000));
+  StudyData d = ReadStudyData(path);
+  EXPECT_EQ(d.modelName, u"Bracket");
+
+  FixturePictureInfo info;
+  EXPECT_EQ(CheckFixturePicture((dir / "pictures" / "plot-stress.jpg").string(), &info), "");
+  EXPECT_EQ(info.kind, PictureKind::Png);
+  EXPECT_EQ(info.width, 10000);
+  EXPECT_EQ(CheckFixturePicture((dir / "pictures" / "curve-steel.png").string(), &info), "");
+  EXPECT_EQ(info.kind, PictureKind::Png);
+  EXPECT_EQ(CheckFixturePicture((dir / "pictures" / "model.jpg").string(), &info), "");
+  EXPECT_EQ(info.kind, PictureKind::Jpeg);
+  EXPECT_GT(info.width, 0);
+}
+
+TEST(StudyLoaderTest, ManyImagesAreCheckedForDuplicateNamesInOnePass) {
+  ScratchDir dir;
+  json j = SampleJson();
+  json image = j["images"][0];
+  j["images"] = json::array();
+  for (int i = 0; i < 20000; ++i) {
+    image["name"] = "Plot " + std::to_string(i);
+    j["images"].push_back(image);
+  }
+  j["images"].push_back(j["images"][12345]);
+  try {
+    LoadFixtureStudy(WriteStudy(dir, j));
+    FAIL() << "a repeated image name was accepted";
+  } catch (const StudyFileError& e) {
+    EXPECT_EQ(e.Field(), "images[20000].name");
+    EXPECT_NE(e.Problem().find("\"Plot 12345\" is used by an earlier image"), std::string::npos) << e.what();
   }
 }
 

@@ -446,7 +446,8 @@ std::string MakeGif(int w, int h) {
 }
 
 std::string MakeJpeg(int w, int h, int dpi) {
-  // A baseline JPEG header is enough for size and density; the scan holds no real data.
+  // A baseline JPEG header is enough for size and density; the scan after it (one component)
+  // holds no real data, but is there, with the end marker, as in a whole file.
   std::string j = "\xFF\xD8";
   std::string app0 = std::string("JFIF\0", 5) + "\x01\x01" + std::string(1, dpi > 0 ? '\x01' : '\x00') +
                      LE16(0).substr(0, 0) + std::string{char((dpi > 0 ? dpi : 1) >> 8), char((dpi > 0 ? dpi : 1) & 0xFF)} +
@@ -455,6 +456,7 @@ std::string MakeJpeg(int w, int h, int dpi) {
   std::string sof = std::string("\x08", 1) + std::string{char(h >> 8), char(h & 0xFF), char(w >> 8), char(w & 0xFF)} +
                     std::string("\x01\x01\x11\x00", 4);
   j += "\xFF\xC0" + std::string{char((sof.size() + 2) >> 8), char((sof.size() + 2) & 0xFF)} + sof;
+  j += std::string("\xFF\xDA\x00\x08\x01\x01\x00\x00\x3F\x00", 10) + std::string(16, '\0');
   j += "\xFF\xD9";
   return j;
 }
