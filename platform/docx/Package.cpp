@@ -1,6 +1,8 @@
 #include "platform/docx/Package.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <zip.h>
 
 #include <atomic>
@@ -456,7 +458,35 @@ std::string Package::TargetOfId(const std::string& part, const std::string& id) 
 
 std::string Package::MainPart() { return TargetOfType("", kRelOfficeDocument); }
 
+namespace {
+
+// The temporary files of earlier saves to `path` whose process is gone (killed during its
+// save): "<path>.~<pid>-<n>-<r>.tmp" beside it. Those of a running process are left alone.
+void RemoveStaleTemporaries(const std::string& path) {
+  const std::size_t slash = path.find_last_of('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
+  const std::string prefix = (slash == std::string::npos ? path : path.substr(slash + 1)) + ".~";
+  DIR* dir = ::opendir(folder.c_str());
+  if (!dir) return;
+  std::vector<std::string> stale;
+  while (const dirent* e = ::readdir(dir)) {
+    const std::string name = e->d_name;
+    if (name.size() <= prefix.size() + 4 || name.compare(0, prefix.size(), prefix) != 0 ||
+        name.compare(name.size() - 4, 4, ".tmp") != 0)
+      continue;
+    char* end = nullptr;
+    const long pid = std::strtol(name.c_str() + prefix.size(), &end, 10);
+    if (pid <= 0 || !end || *end != '-') continue;
+    if (::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH) stale.push_back(folder + "/" + name);
+  }
+  ::closedir(dir);
+  for (const std::string& file : stale) ::unlink(file.c_str());
+}
+
+}  // namespace
+
 void Package::SaveFile(const std::string& path) {
+  RemoveStaleTemporaries(path);
   static std::atomic<unsigned> counter{0};
   std::random_device rd;
   const std::string tmp = path + ".~" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-" +

@@ -398,7 +398,10 @@ std::string NarrowDirective(const Directive& dir, const char* length, char conv)
   std::string f = "%";
   f += dir.flags;
   if (dir.width >= 0) f += std::to_string(dir.width);
-  if (dir.precision >= 0) f += "." + std::to_string(dir.precision);
+  if (dir.precision >= 0) {
+    f += '.';
+    f += std::to_string(dir.precision);
+  }
   f += length;
   f += conv;
   return f;

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "platform/docx/Engine.h"
@@ -133,6 +136,20 @@ TEST(Document, SaveAsIsAtomicAndAFailureKeepsTheOldFile) {
   EXPECT_EQ(BodyText(out), "second first\n");
   // Saving into a missing folder fails cleanly, leaving nothing behind.
   EXPECT_THROW(doc->SaveAs(Variant(W(dir.File("no/such/dir/x.docx")))), Word::ComError);
+
+  // A save killed half way leaves its temporary file; the next save to that document clears
+  // it, but not one of a process that is still running (its save may be under way).
+  const pid_t gone = fork();
+  if (gone == 0) _exit(0);
+  ::waitpid(gone, nullptr, 0);
+  const std::string stale = out + ".~" + std::to_string(gone) + "-0-77.tmp";
+  const std::string running = out + ".~" + std::to_string(::getpid()) + "-9-77.tmp";
+  const std::string other = dir.File("other.docx.~" + std::to_string(gone) + "-0-77.tmp");
+  for (const std::string& f : {stale, running, other}) WriteFile(f, "partial");
+  doc->SaveAs(Variant(W(out)));
+  EXPECT_FALSE(std::filesystem::exists(stale));
+  EXPECT_TRUE(std::filesystem::exists(running));
+  EXPECT_TRUE(std::filesystem::exists(other)) << "another document's leftovers are its own business";
 }
 
 TEST(HeaderFooter, SeekFirstPageThenNextAndBackToTheMainText) {
