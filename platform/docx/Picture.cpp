@@ -20,14 +20,7 @@
 #define STBI_NO_STDIO
 #define STBI_ONLY_BMP
 #define STBI_MAX_DIMENSIONS (1 << 16)
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <stb/stb_image.h>
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic pop
-#endif
+#include "platform/system/StbImage.h"
 
 namespace docx {
 
