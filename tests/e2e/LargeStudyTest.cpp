@@ -19,10 +19,7 @@
 #define STB_IMAGE_IMPLEMENTATION
 #define STBI_ONLY_PNG
 #define STBI_ONLY_BMP
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#include <stb/stb_image.h>
-#pragma GCC diagnostic pop
+#include "platform/system/StbImage.h"
 
 namespace fs = std::filesystem;
 using nlohmann::json;
