@@ -161,7 +161,7 @@ void Story::Rebuild() {
   m_treap = nullptr;
   m_items.clear();
   m_index.clear();
-  m_hints.clear();
+  ClearHints();
   AddBlock(m_root, nullptr);
 }
 
@@ -338,13 +338,62 @@ void Story::IndexAdd(Item* it) {
     it->grams.erase(std::unique(it->grams.begin(), it->grams.end()), it->grams.end());
   }
   it->gramSlots.resize(it->grams.size());
-  ++m_clock;
   for (size_t j = 0; j < it->grams.size(); ++j) {
     Bucket& bucket = m_index[it->grams[j]];
     it->gramSlots[j] = static_cast<std::uint32_t>(bucket.items.size());
     bucket.items.push_back(it);
-    bucket.lastAdd = m_clock;
   }
+  if (!m_hintNeedles.empty()) PullHintsBack(it);
+}
+
+void Story::PullHintsBack(Item* it) {
+  int rank = -1;
+  for (const std::uint64_t gram : it->grams) {
+    auto entry = m_hintNeedles.find(gram);
+    if (entry == m_hintNeedles.end()) continue;
+    std::vector<String>& needles = entry->second;
+    for (std::size_t k = 0; k < needles.size();) {
+      auto h = m_hints.find(needles[k]);
+      bool keep = h != m_hints.end() && h->second.gram == gram;
+      if (keep) {
+        const FindHint& hint = h->second;
+        // The hint stands for the stretch from its anchor up to its resume item; a paragraph
+        // indexed before the anchor or from the resume item on changes nothing of it. One
+        // indexed inside the stretch may hold the needle: the search resumes there instead
+        // (the paragraphs before it are still those the hint was learnt on).
+        if (!Alive(hint.anchorKey, hint.anchor, hint.anchorSerial) ||
+            !Alive(hint.resumeKey, hint.resume, hint.resumeSerial)) {
+          keep = false;
+        } else {
+          if (rank < 0) rank = RankOf(it);
+          const int anchorRank = RankOf(hint.anchor);
+          if (rank >= anchorRank && rank < RankOf(hint.resume)) {
+            keep = rank > anchorRank;
+            if (keep) {
+              FindHint& moved = h->second;
+              moved.resume = it;
+              moved.resumeKey = it->node.internal_object();
+              moved.resumeSerial = it->serial;
+              it->resumesFind = true;
+            }
+          }
+        }
+        if (!keep) m_hints.erase(h);
+      }
+      if (keep) {
+        ++k;
+      } else {
+        needles[k] = std::move(needles.back());
+        needles.pop_back();
+      }
+    }
+    if (needles.empty()) m_hintNeedles.erase(entry);
+  }
+}
+
+void Story::ClearHints() {
+  m_hints.clear();
+  m_hintNeedles.clear();
 }
 
 void Story::IndexRemove(Item* it) {
@@ -595,9 +644,12 @@ bool Story::Alive(const void* key, const Item* it, std::uint64_t serial) const {
 
 void Story::RememberFind(const String& needle, const Item* anchor, int offset, const Item* resume) {
   if (needle.size() < 3 || !anchor || !resume || anchor == resume) return;
-  if (m_hints.size() > 4096) m_hints.clear();
-  m_hints[needle] = FindHint{anchor->node.internal_object(), anchor, anchor->serial, offset,
-                             resume->node.internal_object(), resume, resume->serial, Gram(&needle[0]), m_clock};
+  if (m_hints.size() > 4096) ClearHints();
+  const std::uint64_t gram = Gram(&needle[0]);
+  auto [h, added] = m_hints.try_emplace(needle);
+  if (added || h->second.gram != gram) m_hintNeedles[gram].push_back(needle);
+  h->second = FindHint{anchor->node.internal_object(), anchor, anchor->serial, offset,
+                       resume->node.internal_object(), resume, resume->serial, gram};
   const_cast<Item*>(resume)->resumesFind = true;
 }
 
@@ -608,8 +660,6 @@ Item* Story::RecallFind(const String& needle, const Item* anchor, int offset) co
   if (hint.anchor != anchor || offset < hint.offset) return nullptr;
   if (!Alive(hint.anchorKey, hint.anchor, hint.anchorSerial) || !Alive(hint.resumeKey, hint.resume, hint.resumeSerial))
     return nullptr;
-  auto b = m_index.find(hint.gram);
-  if (b == m_index.end() || b->second.lastAdd > hint.time) return nullptr;
   return const_cast<Item*>(hint.resume);
 }
 
