@@ -13,15 +13,22 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
+// A picture named after an item or curve, whatever its name holds.
+std::string PictureOf(StudyFile& file, const std::string& name) {
+  std::string stem;
+  for (char c : name) stem += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+  return file.Picture(stem);
+}
+
 json Curve(StudyFile& file, const std::string& label) {
-  return {{"label", label}, {"picture", file.Picture(label)}};
+  return {{"label", label}, {"picture", PictureOf(file, label)}};
 }
 
 // An item with two detail lines, a picture and `curves` curves named "<name> curve k".
 json Item(StudyFile& file, const std::string& name, int curves = 0) {
   json item = {{"name", name},
                {"details", "Entities: " + name + " faces\nType:\t\tOf " + name},
-               {"picture", file.Picture(name)}};
+               {"picture", PictureOf(file, name)}};
   for (int k = 1; k <= curves; ++k) item["curves"].push_back(Curve(file, name + " curve " + std::to_string(k)));
   return item;
 }
@@ -306,6 +313,44 @@ TEST(FixturesLoads, AVirtualWallAmongFixturesWithCurvesKeepsItsCurveTags) {
   EXPECT_EQ(NestedRows(Cell(rows[2], 2)), DetailRows("Wall-1"));
   EXPECT_EQ(Report::Tags(w.section), (Texts{"<Curve_Fixture/>", "<Curve_Fixture_Label/>"}));
   EXPECT_EQ(Report::Tags(Cell(rows[2], 3)).size(), 2u);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(FixturesLoads, ItemsNamedLikeTheTagsAndMarkersStayAsTyped) {
+  // Study text that reads like the template's tags, the row markers or the temporary tag of a
+  // split load row is data: each search still finds the template's own tag.
+  StudyFile file;
+  json first = Item(file, "<FixtName/>");
+  first["details"] = "Type: <Details_Fixture/>\nNote: <FixtForcesRow2/>";
+  first["resultantForces"] = Forces("<FxRsForceX1/>");
+  file.json["fixtures"] = {first, Item(file, "<FixtForcesRow1/>")};
+  json load = Item(file, "<LoadName/>", 3);
+  load["curves"][0]["label"] = "<Curve_Load_Label/>";
+  load["curves"][1]["label"] = "<ExtraCurveLabel/>";
+  file.json["loads"] = {load, Item(file, "<Curve_Load/>", 2)};
+  Written w = Write(file);
+  ASSERT_TRUE(w.section);
+
+  auto fixtures = Rows(FixturesTable(w.section));
+  ASSERT_EQ(fixtures.size(), 4u);
+  EXPECT_EQ(CellTexts(fixtures[1])[0], "<FixtName/>");
+  EXPECT_EQ(NestedRows(Cell(fixtures[1], 2)),
+            (std::vector<Texts>{{"Type:", "<Details_Fixture/>"}, {"Note:", "<FixtForcesRow2/>"}}));
+  EXPECT_EQ(NestedRows(fixtures[2].child("w:tc")).at(1).at(2), "<FxRsForceX1/> fy");
+  EXPECT_EQ(CellTexts(fixtures[3])[0], "<FixtForcesRow1/>");
+
+  auto loads = Rows(LoadsTable(w.section));
+  ASSERT_EQ(loads.size(), 5u);
+  EXPECT_EQ(CellTexts(loads[1])[0], "<LoadName/>");
+  EXPECT_EQ(NestedRows(Cell(loads[1], 3)).at(1), (Texts{"<Curve_Load_Label/>"}));
+  EXPECT_EQ(NestedRows(Cell(loads[2], 0)).at(1), (Texts{"<ExtraCurveLabel/>"}));
+  EXPECT_EQ(NestedRows(Cell(loads[2], 1)).at(1), (Texts{"<LoadName/> curve 3"}));
+  EXPECT_EQ(CellTexts(loads[3])[0], "<Curve_Load/>");
+  EXPECT_EQ(NestedRows(loads[4].child("w:tc")).at(1), (Texts{"<Curve_Load/> curve 2"}));
+  EXPECT_EQ(Pictures(LoadsTable(w.section)), 2 + 3 + 2);
 }
 
 }  // namespace
