@@ -162,6 +162,7 @@ void Story::Rebuild() {
   m_items.clear();
   m_index.clear();
   ClearHints();
+  m_rowMarks.clear();
   AddBlock(m_root, nullptr);
 }
 
@@ -511,6 +512,7 @@ Item* Story::AddBlock(pugi::xml_node block, Item* after) {
     m_items[node.internal_object()] = std::move(owned);
     Insert(it, rank++);
     IndexAdd(it);
+    if (kind == Item::RowEnd && !m_rowMarks.empty()) ShiftRowMark(it, +1);
     last = it;
   }
   return last;
@@ -537,10 +539,47 @@ void Story::RemoveBlock(pugi::xml_node block) {
     if (f == m_items.end()) continue;
     Item* it = f->second.get();
     if (it->resumesFind) MoveHints(it, after);
+    if (kind == Item::RowEnd && !m_rowMarks.empty()) ShiftRowMark(it, -1);
     IndexRemove(it);
     Erase(it);
     m_items.erase(f);
   }
+}
+
+namespace {
+pugi::xml_node TableAbove(pugi::xml_node tr) {
+  for (auto n = tr.parent(); n; n = n.parent())
+    if (std::strcmp(n.name(), "w:tbl") == 0) return n;
+  return {};
+}
+}  // namespace
+
+bool Story::RecallRow(pugi::xml_node tbl, pugi::xml_node* tr, int* number) const {
+  auto m = m_rowMarks.find(tbl.internal_object());
+  if (m == m_rowMarks.end() || !ItemOf(m->second.tr) || TableAbove(m->second.tr) != tbl) return false;
+  *tr = m->second.tr;
+  *number = m->second.number;
+  return true;
+}
+
+void Story::NoteRow(pugi::xml_node tbl, pugi::xml_node tr, int number) {
+  m_rowMarks[tbl.internal_object()] = RowMark{tr, number};
+}
+
+void Story::ShiftRowMark(Item* rowEnd, int change) {
+  auto m = m_rowMarks.find(TableAbove(rowEnd->node).internal_object());
+  if (m == m_rowMarks.end()) return;
+  RowMark& mark = m->second;
+  if (mark.tr == rowEnd->node) {
+    if (change < 0) m_rowMarks.erase(m);
+    return;
+  }
+  const Item* marked = ItemOf(mark.tr);
+  if (!marked) {
+    m_rowMarks.erase(m);
+    return;
+  }
+  if (RankOf(rowEnd) < RankOf(marked)) mark.number += change;
 }
 
 void Story::MoveHints(const Item* from, Item* to) {

@@ -137,6 +137,12 @@ class Story {
   // Walks the tree and builds the sequence afresh.
   void Rebuild();
 
+  // The row of a table last looked up by its number (Table.Cell), kept right as rows come
+  // and go before it, so that the next lookup steps from there. False when the table has
+  // none or that row has gone.
+  bool RecallRow(pugi::xml_node tbl, pugi::xml_node* tr, int* number) const;
+  void NoteRow(pugi::xml_node tbl, pugi::xml_node tr, int number);
+
  private:
   void Insert(Item* it, int rank);
   void Erase(Item* it);
@@ -173,6 +179,13 @@ class Story {
   // resumes at that paragraph.
   std::unordered_map<std::uint64_t, std::vector<String>> m_hintNeedles;
   void PullHintsBack(Item* it);
+  struct RowMark {
+    pugi::xml_node tr;
+    int number;
+  };
+  std::unordered_map<const void*, RowMark> m_rowMarks;  // by the table's node
+  // A row of a marked table comes (+1) or goes (-1): the mark moves when the row stands before it.
+  void ShiftRowMark(Item* rowEnd, int change);
   void ClearHints();
   bool Alive(const void* key, const Item* it, std::uint64_t serial) const;
   // Hints that resume at `from` (about to go) resume at `to` instead; dropped when it is null.

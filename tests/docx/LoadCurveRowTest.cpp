@@ -76,3 +76,45 @@ TEST(LoadCurveRow, ExtendingPastTheLastCellTakesInTheRow) {
 }
 
 }  // namespace
+
+namespace {
+
+// Table.Cell steps from the row it found last: rows added and removed before it, the row
+// itself removed, and whole tables going, must not make it miss.
+TEST(LoadCurveRow, CellsByNumberStayRightAsRowsComeAndGo) {
+  std::vector<std::string> rows;
+  for (int r = 1; r <= 40; ++r) rows.push_back(Tr({Tc("r" + std::to_string(r)), Tc("x")}));
+  Session s(Heading("Rows") + Tbl(rows) + P("") + P("end"));
+  ASSERT_TRUE(s.FindTag("r1"));
+  auto table = s.SelTable();
+  unsigned seed = 99;
+  auto next = [&](unsigned m) { seed = seed * 1103515245u + 12345u; return static_cast<int>((seed >> 16) % m); };
+  for (int step = 0; step < 300; ++step) {
+    const int count = table->GetRows()->GetCount();
+    const int k = 1 + next(static_cast<unsigned>(count));
+    auto cell = table->Cell(k, 1);
+    ASSERT_EQ(cell->GetRowIndex(), k) << "step " << step;
+    switch (next(4)) {
+      case 0:
+        cell->Select();
+        s.sel->InsertRowsAbove();
+        break;
+      case 1:
+        cell->Select();
+        s.sel->InsertRowsBelow();
+        break;
+      case 2:
+        if (count > 5) {
+          cell->Select();
+          s.sel->GetRows()->Delete();
+        }
+        break;
+      default:
+        break;  // another lookup from here
+    }
+  }
+  EXPECT_THROW(table->Cell(table->GetRows()->GetCount() + 1, 1), Word::ComError);
+  EXPECT_THROW(table->Cell(0, 1), Word::ComError);
+}
+
+}  // namespace
