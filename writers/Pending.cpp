@@ -6,8 +6,6 @@
 #include "model/Sections.h"
 
 // ---- model side
-void CZPNewReportSectionLoadsRestraints::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*imageFolder*/,
-                                                                zphStudy* /*study*/) {}
 void CZPNewReportSectionConnectors::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*imageFolder*/,
                                                            zphStudy* /*study*/) {}
 void CZPNewReportSectionUser::UpdateDetailsInWordDoc(SelectionPtr /*selection*/) {}

@@ -455,11 +455,166 @@ std::vector<std::pair<double, double>> StressStrain(double modulus, double yield
   return pts;
 }
 
+// ---- fixtures and loads ----------------------------------------------------------------------
+
+Rgb operator*(Rgb a, double s) { return {a.r * s, a.g * s, a.b * s}; }
+
+// An arrow from `from` to `to` on the screen, its head at `to`.
+void Arrow(Canvas& c, Vec from, Vec to, double width, Rgb colour) {
+  c.Line(from.x, from.y, to.x, to.y, width, colour);
+  Vec d = Unit(Vec{to.x - from.x, to.y - from.y, 0});
+  Vec n{-d.y, d.x, 0};
+  double head = width * 4.5;
+  for (double side : {-1.0, 1.0}) {
+    Vec tip = to - d * head + n * (head * 0.55 * side);
+    c.Line(to.x, to.y, tip.x, tip.y, width, colour);
+  }
+}
+
+// A view of the bracket with the entities of a fixture or a load picked out: the points for
+// which `picked` holds in `colour`, the rest ghosted, and arrows (model coordinates, from the
+// tail to the head) showing where the item acts. `bolt` adds a foundation bolt through the
+// base plate.
+bool BoundaryView(const std::string& path, int w, int h, const std::function<bool(Vec, int)>& picked, Rgb colour,
+                  const std::vector<std::pair<Vec, Vec>>& arrows, bool bolt = false) {
+  Canvas c(2 * w, 2 * h);
+  c.Gradient(kSkyTop, kSkyBottom);
+  auto model = Bracket();
+  const int boltBody = BodyCount;
+  if (bolt) {
+    Cylinder(model, {86, 46, -14}, {86, 46, 14}, 3.2, boltBody);
+    Cylinder(model, {86, 46, 8}, {86, 46, 11}, 6.0, boltBody);  // the nut
+  }
+  View v = Fit(model, c.W(), c.H(), c.W() * 0.1, -0.72, 0.55);
+  Paint paint = [&](Vec p, int body) { return picked(p, body) ? colour : body == boltBody ? kSteel : kGhost; };
+  Render(c, model, v, paint, [](int) { return true; }, true);
+  for (const auto& [tail, head] : arrows) Arrow(c, v.Project(tail), v.Project(head), 4.5, colour * 0.8);
+  Canvas out = c.Half();
+  return out.SaveJpeg(path, 86);
+}
+
+// Arrows along a line of points, each from `offset` away onto the point.
+std::vector<std::pair<Vec, Vec>> ArrowsOnto(const std::vector<Vec>& points, Vec offset) {
+  std::vector<std::pair<Vec, Vec>> arrows;
+  for (Vec p : points) arrows.push_back({p + offset, p});
+  return arrows;
+}
+
+// A function curve for the narrow curve column of the fixtures and loads: small, with few
+// ticks and large lettering, so that it stays legible at the column's width.
+bool FunctionCurve(const std::string& path, const std::string& title, const std::string& xLabel,
+                   const std::string& yLabel, double xMax, double yMax,
+                   const std::vector<std::pair<double, double>>& points, Rgb colour) {
+  Canvas c(2 * 220, 2 * 160);
+  c.Gradient({1, 1, 1}, {1, 1, 1});
+  double left = c.W() * 0.19, right = c.W() * 0.93, top = c.H() * 0.27, bottom = c.H() * 0.74;
+  Rgb ink{0.15, 0.15, 0.2};
+  const double text = 3.0;
+  for (int i = 0; i <= 2; ++i) {
+    double gx = left + (right - left) * i / 2, gy = bottom - (bottom - top) * i / 2;
+    c.Line(gx, top, gx, bottom, 1.5, {0.85, 0.87, 0.9});
+    c.Line(left, gy, right, gy, 1.5, {0.85, 0.87, 0.9});
+    char label[32];
+    std::snprintf(label, sizeof label, "%g", xMax * i / 2);
+    c.Text(gx - Canvas::TextWidth(label, text) / 2, bottom + 10, label, text, ink);
+    std::snprintf(label, sizeof label, "%g", yMax * i / 2);
+    c.Text(left - Canvas::TextWidth(label, text) - 10, gy - 10, label, text, ink);
+  }
+  c.Line(left, top, left, bottom, 3, ink);
+  c.Line(left, bottom, right, bottom, 3, ink);
+  for (std::size_t i = 1; i < points.size(); ++i) {
+    auto [x0, y0] = points[i - 1];
+    auto [x1, y1] = points[i];
+    c.Line(left + (right - left) * x0 / xMax, bottom - (bottom - top) * y0 / yMax,
+           left + (right - left) * x1 / xMax, bottom - (bottom - top) * y1 / yMax, 5, colour);
+  }
+  c.Text(c.W() / 2.0 - Canvas::TextWidth(title, 2.6) / 2, 10, title, 2.6, ink);
+  c.Text((left + right) / 2 - Canvas::TextWidth(xLabel, text) / 2, bottom + 42, xLabel, text, ink);
+  c.Text(8, top - 36, yLabel, text, ink);
+  Canvas out = c.Half();
+  return out.SavePng(path);
+}
+
+// A load's function curve over time, sampled from f.
+std::vector<std::pair<double, double>> Sampled(double tMax, int steps, const std::function<double(double)>& f) {
+  std::vector<std::pair<double, double>> pts;
+  for (int i = 0; i <= steps; ++i) {
+    double t = tMax * i / steps;
+    pts.push_back({t, f(t)});
+  }
+  return pts;
+}
+
+// The pictures of the bracket's fixtures and loads, and of its curves.
+bool FixturesAndLoads(const std::function<std::string(const char*)>& at) {
+  const Rgb fixture{0.15, 0.65, 0.25}, load{0.55, 0.2, 0.75}, wall{0.2, 0.45, 0.85};
+  bool ok = true;
+  ok &= BoundaryView(at("fixture-fixed.jpg"), 240, 180, [](Vec, int body) { return body == BasePlate; }, fixture,
+                     ArrowsOnto({{4, 4, 0}, {96, 4, 0}, {96, 56, 0}, {4, 56, 0}, {50, 30, 0}}, {0, 0, -22}));
+  ok &= BoundaryView(at("fixture-roller.jpg"), 240, 180, [](Vec p, int body) { return body == Upright && p.x < 0.5; },
+                     fixture, ArrowsOnto({{0, 10, 40}, {0, 50, 40}, {0, 30, 62}}, {-24, 0, 0}));
+  ok &= BoundaryView(at("fixture-bolt.jpg"), 240, 180, [](Vec, int body) { return body == BodyCount; }, fixture, {},
+                     true);
+  ok &= BoundaryView(at("wall-floor.jpg"), 240, 180, [](Vec p, int body) { return body == BasePlate && p.z < 0.5; },
+                     wall, ArrowsOnto({{20, 10, 0}, {80, 10, 0}, {80, 50, 0}, {20, 50, 0}}, {0, 0, -18}));
+  ok &= BoundaryView(at("load-force.jpg"), 240, 180, [](Vec, int body) { return body == CapSheet; }, load,
+                     ArrowsOnto({{-8, 10, 71.5}, {16, 10, 71.5}, {-8, 50, 71.5}, {16, 50, 71.5}}, {0, 0, 26}));
+  ok &= BoundaryView(at("load-pressure.jpg"), 240, 180,
+                     [](Vec p, int body) { return body == Upright && p.x > 7.5 && p.z > 8.5; }, load,
+                     ArrowsOnto({{8, 12, 30}, {8, 48, 30}, {8, 12, 58}, {8, 48, 58}}, {24, 0, 0}));
+  ok &= BoundaryView(at("load-remote.jpg"), 240, 180, [](Vec, int body) { return body == Gusset; }, load,
+                     {{{60, 30, 60}, {30, 30, 25}}});
+  ok &= BoundaryView(at("load-gravity.jpg"), 240, 180, [](Vec, int) { return false; }, load,
+                     {{{50, 30, 95}, {50, 30, 65}}});
+
+  const Rgb red{0.8, 0.15, 0.1}, blue{0.1, 0.3, 0.8}, green{0.1, 0.55, 0.2};
+  ok &= FunctionCurve(at("curve-force-ramp.png"), "Force-1 - Ramp", "Time (s)", "Force (N)", 1.0, 1500,
+              Sampled(1.0, 20, [](double t) { return 1500 * std::min(1.0, t / 0.4); }), red);
+  ok &= FunctionCurve(at("curve-pressure-time.png"), "Pressure-1 - Time", "Time (s)", "Pressure (kPa)", 1.0, 200,
+              Sampled(1.0, 40, [](double t) { return 100 + 90 * std::sin(2 * M_PI * t); }), blue);
+  ok &= FunctionCurve(at("curve-pressure-temperature.png"), "Pressure-1 - Temperature", "Temperature (K)",
+              "Factor (%)", 400, 100, Sampled(400, 20, [](double t) { return 100 - 0.12 * std::max(0.0, t - 250); }),
+              green);
+  ok &= FunctionCurve(at("curve-remote-x.png"), "Remote Load-1 - X", "Time (s)", "Force (N)", 2.0, 500,
+              Sampled(2.0, 40, [](double t) { return 250 + 200 * std::sin(M_PI * t); }), red);
+  ok &= FunctionCurve(at("curve-remote-y.png"), "Remote Load-1 - Y", "Time (s)", "Force (N)", 2.0, 500,
+              Sampled(2.0, 20, [](double t) { return 400 * std::min(1.0, t); }), green);
+  ok &= FunctionCurve(at("curve-remote-z.png"), "Remote Load-1 - Z", "Time (s)", "Force (N)", 2.0, 500,
+              Sampled(2.0, 40, [](double t) { return 250 - 200 * std::cos(M_PI * t); }), blue);
+  return ok;
+}
+
+// ---- the fatigue study -------------------------------------------------------------------------
+
+// A variable amplitude load history: blocks of cycles whose peaks follow a fixed pattern.
+std::vector<std::pair<double, double>> History(double seconds, double mean, const std::vector<double>& peaks) {
+  std::vector<std::pair<double, double>> pts;
+  const int perBlock = 4;
+  const int cycles = static_cast<int>(peaks.size()) * perBlock;
+  for (int i = 0; i <= cycles * 8; ++i) {
+    double t = seconds * i / (cycles * 8);
+    double amplitude = peaks[static_cast<std::size_t>(std::min(cycles - 1, i / 8) / perBlock)];
+    pts.push_back({t, mean + amplitude * std::sin(2 * M_PI * i / 8.0)});
+  }
+  return pts;
+}
+
+// The fatigue study of the bracket: its model view and the load history of each event.
+bool FatigueStudy(const std::function<std::string(const char*)>& at) {
+  bool ok = true;
+  ok &= ModelView(at("model.jpg"), 480, 360, -1, false);
+  ok &= Curve(at("history-service.png"), 360, 260, "Service - load history", "Time (s)", "Force (N)", 16, 1500,
+              History(16, 750, {300, 520, 700, 450}), {0.1, 0.3, 0.8});
+  ok &= Curve(at("history-overload.png"), 360, 260, "Overload - load history", "Time (s)", "Force (N)", 8, 2000,
+              History(8, 1000, {850, 950}), {0.8, 0.15, 0.1});
+  return ok;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: make_pictures <output folder>\n");
+  if (argc != 2 && argc != 3) {
+    std::fprintf(stderr, "usage: make_pictures <output folder> [<fatigue study's output folder>]\n");
     return 2;
   }
   std::string out = argv[1];
@@ -482,6 +637,11 @@ int main(int argc, char** argv) {
              "Static 1 - Stress - von Mises");
   ok &= Plot(at("plot-displacement.jpg"), 480, 320, "URES", "(mm)", 0.0, 0.142, 3, Displacement,
              "Static 1 - Displacement - Resultant");
+  ok &= FixturesAndLoads(at);
+  if (argc == 3) {
+    const std::string fatigue = argv[2];
+    ok &= FatigueStudy([&](const char* name) { return fatigue + "/" + name; });
+  }
   if (!ok) {
     std::fprintf(stderr, "make_pictures: a picture could not be written to %s\n", out.c_str());
     return 1;

@@ -895,11 +895,14 @@ Ptr<Word::Range> SelectionImpl::GoTo(const Variant& what, const Variant& which, 
 }
 
 namespace {
+// An insertion point steps over an end-of-row mark together with the end-of-cell mark before
+// it, into the next row. An extension stops before it: the last cell of the row is then
+// selected, and only the next step takes in the row.
 int StepRight(Story& s, int pos, bool extend) {
   int max = extend ? s.Length() : s.Length() - 1;
   if (pos >= max) return pos;
   int np = pos + 1;
-  if (np < s.Length() && IsRowEndPos(s, np)) np = std::min(np + 1, max);
+  if (!extend && np < s.Length() && IsRowEndPos(s, np)) np = std::min(np + 1, max);
   return np;
 }
 int StepLeft(Story& s, int pos) {

@@ -161,7 +161,8 @@ void Story::Rebuild() {
   m_treap = nullptr;
   m_items.clear();
   m_index.clear();
-  m_hints.clear();
+  ClearHints();
+  m_rowMarks.clear();
   AddBlock(m_root, nullptr);
 }
 
@@ -338,13 +339,62 @@ void Story::IndexAdd(Item* it) {
     it->grams.erase(std::unique(it->grams.begin(), it->grams.end()), it->grams.end());
   }
   it->gramSlots.resize(it->grams.size());
-  ++m_clock;
   for (size_t j = 0; j < it->grams.size(); ++j) {
     Bucket& bucket = m_index[it->grams[j]];
     it->gramSlots[j] = static_cast<std::uint32_t>(bucket.items.size());
     bucket.items.push_back(it);
-    bucket.lastAdd = m_clock;
   }
+  if (!m_hintNeedles.empty()) PullHintsBack(it);
+}
+
+void Story::PullHintsBack(Item* it) {
+  int rank = -1;
+  for (const std::uint64_t gram : it->grams) {
+    auto entry = m_hintNeedles.find(gram);
+    if (entry == m_hintNeedles.end()) continue;
+    std::vector<String>& needles = entry->second;
+    for (std::size_t k = 0; k < needles.size();) {
+      auto h = m_hints.find(needles[k]);
+      bool keep = h != m_hints.end() && h->second.gram == gram;
+      if (keep) {
+        const FindHint& hint = h->second;
+        // The hint stands for the stretch from its anchor up to its resume item; a paragraph
+        // indexed before the anchor or from the resume item on changes nothing of it. One
+        // indexed inside the stretch may hold the needle: the search resumes there instead
+        // (the paragraphs before it are still those the hint was learnt on).
+        if (!Alive(hint.anchorKey, hint.anchor, hint.anchorSerial) ||
+            !Alive(hint.resumeKey, hint.resume, hint.resumeSerial)) {
+          keep = false;
+        } else {
+          if (rank < 0) rank = RankOf(it);
+          const int anchorRank = RankOf(hint.anchor);
+          if (rank >= anchorRank && rank < RankOf(hint.resume)) {
+            keep = rank > anchorRank;
+            if (keep) {
+              FindHint& moved = h->second;
+              moved.resume = it;
+              moved.resumeKey = it->node.internal_object();
+              moved.resumeSerial = it->serial;
+              it->resumesFind = true;
+            }
+          }
+        }
+        if (!keep) m_hints.erase(h);
+      }
+      if (keep) {
+        ++k;
+      } else {
+        needles[k] = std::move(needles.back());
+        needles.pop_back();
+      }
+    }
+    if (needles.empty()) m_hintNeedles.erase(entry);
+  }
+}
+
+void Story::ClearHints() {
+  m_hints.clear();
+  m_hintNeedles.clear();
 }
 
 void Story::IndexRemove(Item* it) {
@@ -462,6 +512,7 @@ Item* Story::AddBlock(pugi::xml_node block, Item* after) {
     m_items[node.internal_object()] = std::move(owned);
     Insert(it, rank++);
     IndexAdd(it);
+    if (kind == Item::RowEnd && !m_rowMarks.empty()) ShiftRowMark(it, +1);
     last = it;
   }
   return last;
@@ -488,10 +539,47 @@ void Story::RemoveBlock(pugi::xml_node block) {
     if (f == m_items.end()) continue;
     Item* it = f->second.get();
     if (it->resumesFind) MoveHints(it, after);
+    if (kind == Item::RowEnd && !m_rowMarks.empty()) ShiftRowMark(it, -1);
     IndexRemove(it);
     Erase(it);
     m_items.erase(f);
   }
+}
+
+namespace {
+pugi::xml_node TableAbove(pugi::xml_node tr) {
+  for (auto n = tr.parent(); n; n = n.parent())
+    if (std::strcmp(n.name(), "w:tbl") == 0) return n;
+  return {};
+}
+}  // namespace
+
+bool Story::RecallRow(pugi::xml_node tbl, pugi::xml_node* tr, int* number) const {
+  auto m = m_rowMarks.find(tbl.internal_object());
+  if (m == m_rowMarks.end() || !ItemOf(m->second.tr) || TableAbove(m->second.tr) != tbl) return false;
+  *tr = m->second.tr;
+  *number = m->second.number;
+  return true;
+}
+
+void Story::NoteRow(pugi::xml_node tbl, pugi::xml_node tr, int number) {
+  m_rowMarks[tbl.internal_object()] = RowMark{tr, number};
+}
+
+void Story::ShiftRowMark(Item* rowEnd, int change) {
+  auto m = m_rowMarks.find(TableAbove(rowEnd->node).internal_object());
+  if (m == m_rowMarks.end()) return;
+  RowMark& mark = m->second;
+  if (mark.tr == rowEnd->node) {
+    if (change < 0) m_rowMarks.erase(m);
+    return;
+  }
+  const Item* marked = ItemOf(mark.tr);
+  if (!marked) {
+    m_rowMarks.erase(m);
+    return;
+  }
+  if (RankOf(rowEnd) < RankOf(marked)) mark.number += change;
 }
 
 void Story::MoveHints(const Item* from, Item* to) {
@@ -595,9 +683,12 @@ bool Story::Alive(const void* key, const Item* it, std::uint64_t serial) const {
 
 void Story::RememberFind(const String& needle, const Item* anchor, int offset, const Item* resume) {
   if (needle.size() < 3 || !anchor || !resume || anchor == resume) return;
-  if (m_hints.size() > 4096) m_hints.clear();
-  m_hints[needle] = FindHint{anchor->node.internal_object(), anchor, anchor->serial, offset,
-                             resume->node.internal_object(), resume, resume->serial, Gram(&needle[0]), m_clock};
+  if (m_hints.size() > 4096) ClearHints();
+  const std::uint64_t gram = Gram(&needle[0]);
+  auto [h, added] = m_hints.try_emplace(needle);
+  if (added || h->second.gram != gram) m_hintNeedles[gram].push_back(needle);
+  h->second = FindHint{anchor->node.internal_object(), anchor, anchor->serial, offset,
+                       resume->node.internal_object(), resume, resume->serial, gram};
   const_cast<Item*>(resume)->resumesFind = true;
 }
 
@@ -608,8 +699,6 @@ Item* Story::RecallFind(const String& needle, const Item* anchor, int offset) co
   if (hint.anchor != anchor || offset < hint.offset) return nullptr;
   if (!Alive(hint.anchorKey, hint.anchor, hint.anchorSerial) || !Alive(hint.resumeKey, hint.resume, hint.resumeSerial))
     return nullptr;
-  auto b = m_index.find(hint.gram);
-  if (b == m_index.end() || b->second.lastAdd > hint.time) return nullptr;
   return const_cast<Item*>(hint.resume);
 }
 

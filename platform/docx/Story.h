@@ -126,14 +126,22 @@ class Story {
   std::size_t CandidateBound(const String& foldedNeedle) const;
 
   // What a forward search learnt: from `offset` in `anchor` on, the case-folded needle does
-  // not occur before the paragraph `resume`. Kept while both items live and no paragraph
-  // holding the needle has been indexed since (any such paragraph holds all its trigrams).
+  // not occur before the paragraph `resume`. Kept while both items live. A paragraph that
+  // may hold the needle (one holding its first trigram: a paragraph holding the needle holds
+  // all its trigrams) indexed between `anchor` and `resume` becomes the new `resume`; one
+  // indexed elsewhere, such as rows pasted further down, leaves the hint as it is.
   void RememberFind(const String& foldedNeedle, const Item* anchor, int offset, const Item* resume);
   // Where a forward search from `offset` in `anchor` may start looking instead, or null.
   Item* RecallFind(const String& foldedNeedle, const Item* anchor, int offset) const;
 
   // Walks the tree and builds the sequence afresh.
   void Rebuild();
+
+  // The row of a table last looked up by its number (Table.Cell), kept right as rows come
+  // and go before it, so that the next lookup steps from there. False when the table has
+  // none or that row has gone.
+  bool RecallRow(pugi::xml_node tbl, pugi::xml_node* tr, int* number) const;
+  void NoteRow(pugi::xml_node tbl, pugi::xml_node tr, int number);
 
  private:
   void Insert(Item* it, int rank);
@@ -152,10 +160,8 @@ class Story {
   // and the index clock when a paragraph last came in.
   struct Bucket {
     std::vector<Item*> items;
-    std::uint64_t lastAdd = 0;
   };
   std::unordered_map<std::uint64_t, Bucket> m_index;
-  std::uint64_t m_clock = 0;        // advanced by every IndexAdd
   std::uint64_t m_nextSerial = 1;
   struct FindHint {
     const void* anchorKey;
@@ -165,10 +171,22 @@ class Story {
     const void* resumeKey;
     const Item* resume;
     std::uint64_t resumeSerial;
-    std::uint64_t gram;             // one of the needle's trigrams
-    std::uint64_t time;
+    std::uint64_t gram;             // the needle's first trigram
   };
   std::unordered_map<String, FindHint> m_hints;
+  // The needles of the hints by their trigram (entries of hints since gone are dropped when
+  // met). A paragraph just indexed inside a hint's stretch may hold its needle: the hint then
+  // resumes at that paragraph.
+  std::unordered_map<std::uint64_t, std::vector<String>> m_hintNeedles;
+  void PullHintsBack(Item* it);
+  struct RowMark {
+    pugi::xml_node tr;
+    int number;
+  };
+  std::unordered_map<const void*, RowMark> m_rowMarks;  // by the table's node
+  // A row of a marked table comes (+1) or goes (-1): the mark moves when the row stands before it.
+  void ShiftRowMark(Item* rowEnd, int change);
+  void ClearHints();
   bool Alive(const void* key, const Item* it, std::uint64_t serial) const;
   // Hints that resume at `from` (about to go) resume at `to` instead; dropped when it is null.
   void MoveHints(const Item* from, Item* to);

@@ -646,10 +646,19 @@ class TableImpl : public Word::Table {
   }
   Ptr<Word::Cell> Cell(std::int32_t row, std::int32_t column) override {
     Check();
-    pugi::xml_node tr;
+    // From the first row, or from the row looked up last when that is nearer.
+    pugi::xml_node tr = FirstRow(m_tbl);
     int k = 1;
-    for (auto r = FirstRow(m_tbl); r; r = NextRow(r), ++k)
-      if (k == row) { tr = r; break; }
+    pugi::xml_node marked;
+    int markedNumber = 0;
+    if (row >= 1 && m_s->RecallRow(m_tbl, &marked, &markedNumber) && std::abs(row - markedNumber) < row - 1) {
+      tr = marked;
+      k = markedNumber;
+    }
+    while (tr && k < row) { tr = NextRow(tr); ++k; }
+    while (tr && k > row) { tr = PrevRow(tr); --k; }
+    if (row < 1) tr = pugi::xml_node();
+    if (tr) m_s->NoteRow(m_tbl, tr, row);
     if (!tr) NoMember("Cell(" + std::to_string(row) + ", " + std::to_string(column) + "): no such row");
     auto cells = CellsOf(tr);
     int c = column <= 0 ? 1 : column;

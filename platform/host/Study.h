@@ -171,7 +171,9 @@ public:
   // forces, moments: 5 strings each: component name, X, Y, Z, resultant. Non-zero with results.
   virtual int GetReactionForcesOfRestraint(const CString& /*name*/, CStringList& /*forces*/,
                                            CStringList& /*moments*/) { return 0; }
-  // loadingType 0 to 3; events: one name per event; values: the strings of the loading type.
+  // loadingType 0 to 3; events: one name per event; values: per event the strings of the
+  // loading type: cycles and load type (0, 2 and 3), or the complete path of the picture of
+  // the event's load history, empty when none (1).
   virtual void GetFatigueLoadingOptionsForReport(const CString& /*imageFolder*/, int& /*loadingType*/,
                                                  CStringList& /*events*/, CStringList& /*values*/) {}
   // Records of 3 strings: study name, scale factor, step.
