@@ -215,7 +215,8 @@ def heading_row(grid, texts, keep=False):
 
 
 def value_row(grid, texts, keep=False):
-    return tr(*[tc(c, td(t, keep=keep)) for c, t in zip(grid, texts)])
+    """keep: the row stays whole and on the page of the row below it."""
+    return tr(*[tc(c, td(t, keep=keep)) for c, t in zip(grid, texts)], cant_split=True if keep else None)
 
 
 def data_table(width, parts, head, values, extra_rows=()):
