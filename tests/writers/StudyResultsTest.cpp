@@ -213,6 +213,30 @@ TEST(StudyResults, PicturesNamedForSomePlotsOnlyWriteNoPlotAtAll) {
   EXPECT_TRUE(TagsLeft(*report).empty()) << TextOf(ResultsSection(*report));
 }
 
+TEST(StudyResults, FrequencyExampleShowsItsMeshModesAndModeShapes) {
+  docxtest::TempDir out;
+  ReportSetup setup;
+  setup.included = {kSectionModelInformation, kSectionStudyProperties, kSectionUnits, kSectionMaterialProperties,
+                    kSectionMesh, kSectionStudyResults, kSectionConclusions};
+  auto report = Generate(std::string(ZP_SOURCE_DIR) + "/examples/frequency/study.json", setup, out.Path());
+  ASSERT_TRUE(report->generated);
+  for (int kind : setup.included) {
+    SCOPED_TRACE(kind);
+    ASSERT_TRUE(report->Section(kind));
+    if (kind != kSectionStudyResults) {
+      EXPECT_TRUE(Report::Tags(report->Section(kind)).empty());
+    }
+  }
+  EXPECT_TRUE(TagsLeft(*report).empty()) << TextOf(ResultsSection(*report));
+  EXPECT_EQ(Pictures(report->Section(kSectionMesh)), 1);
+  EXPECT_EQ(Pictures(ResultsSection(*report)), 5);
+  auto tables = Tables(*report);
+  ASSERT_EQ(tables.size(), 5u + 2u);
+  EXPECT_EQ(Rows(tables[5]).size(), 1u + 5u);  // the modes
+  EXPECT_EQ(Rows(tables[6]).size(), 1u + 6u);  // their participation and the sums
+  EXPECT_EQ(CellTexts(Rows(tables[4])[1]).size(), 2u) << "the deformed shape has no range";
+}
+
 // ---- the results section of a motion report, on a template of its own
 
 struct MotionDocument {
