@@ -194,12 +194,12 @@ def split(total, parts):
 
 
 # Cell paragraphs of data tables.
-def th(text):
-    return p(text, style="ZPTableHeading")
+def th(text, keep=False):
+    return p(text, style="ZPTableHeading", keep=keep)
 
 
-def td(text="", jc=None):
-    return p(text, style="ZPTableText", jc=jc) if text else p(style="ZPTableText", jc=jc)
+def td(text="", jc=None, keep=False):
+    return p(text, style="ZPTableText", jc=jc, keep=keep) if text else p(style="ZPTableText", jc=jc, keep=keep)
 
 
 def pic(text):
@@ -210,12 +210,13 @@ def caption(text):
     return p(text, style="Caption", jc="center")
 
 
-def heading_row(grid, texts):
-    return tr(*[tc(c, th(t), fill=LABEL_FILL) for c, t in zip(grid, texts)], header=True)
+def heading_row(grid, texts, keep=False):
+    return tr(*[tc(c, th(t, keep), fill=LABEL_FILL) for c, t in zip(grid, texts)], header=True)
 
 
-def value_row(grid, texts):
-    return tr(*[tc(c, td(t)) for c, t in zip(grid, texts)])
+def value_row(grid, texts, keep=False):
+    """keep: the row stays whole and on the page of the row below it."""
+    return tr(*[tc(c, td(t, keep=keep)) for c, t in zip(grid, texts)], cant_split=True if keep else None)
 
 
 def data_table(width, parts, head, values, extra_rows=()):
@@ -531,19 +532,25 @@ def sec_mesh():
            tc(g[1], pic("<MeshControl_Image/>")),
            tc(g[2], entity_table(inner(g[2]), "<MeshControl_Details/>"))),
     ])
-    image = tbl([NEST_W], [tr(tc(NEST_W, pic("<Image_Mesh/>")))], kind="none")
+    # The mesh picture is the last row of the settings table: a study without a mesh loses
+    # the settings table and the picture with it, and an empty picture row goes on its own.
+    sg = split(NEST_W, (2, 3))
+    settings = tbl(sg, [
+        tr(tc(sg[0], td("<Label_MeshPropSetting/>"), fill=KEY_FILL), tc(sg[1], td("<Setting_MeshPropSetting/>"))),
+        tr(tc(NEST_W, pic("<Image_Mesh/>"), span=2, no_border=("left", "bottom", "right"))),
+    ])
     qg = split(NEST_W, (5, 4, 3, 3))
+    # The rows above a plot's picture keep with it, so a page never ends between them.
     quality = tbl(qg, [
-        heading_row(qg, ["<L_MQName/>", "<L_MQType/>", "<L_MQMin/>", "<L_MQMax/>"]),
-        value_row(qg, ["<MQ_Name/>", "<MQ_Type/>", "<MQ_Min/>", "<MQ_Max/>"]),
+        heading_row(qg, ["<L_MQName/>", "<L_MQType/>", "<L_MQMin/>", "<L_MQMax/>"], keep=True),
+        value_row(qg, ["<MQ_Name/>", "<MQ_Type/>", "<MQ_Min/>", "<MQ_Max/>"], keep=True),
         tr(tc(NEST_W, pic("<Image_MeshQualityPlot/>"), span=4)),
         tr(tc(NEST_W, caption("<ImageCaption_MeshQualityPlot/>"), span=4)),
     ])
-    body = [key_value_table(NEST_W, "<Label_MeshPropSetting/>", "<Setting_MeshPropSetting/>"), blank(),
+    body = [settings, blank(),
             h2("<Header2_MeshDetails/>"),
             key_value_table(NEST_W, "<Label_MeshProp/>", "<Setting_MeshProp/>"), blank(),
             h2("<Header2_MeshControlsDetails/>"), controls, blank(),
-            image, blank(),
             h2("<Label_MeshQualityPlots/>"), quality, blank()]
     return section("<Header_MeshInformation/>", body, "<Content_MeshInformation/>",
                    ("<Label_CommentsMeshInformation/>", "<Comments_MeshInformation/>"))
@@ -596,11 +603,13 @@ def sec_beams():
 
 def sec_study_results():
     rg = split(NEST_W, (5, 4, 3, 3))
+    # The rows above a plot's picture keep with it, so a page never ends between them.
     results = tbl(rg, [
-        heading_row(rg, ["<L_SRName/>", "<L_SRType/>", "<L_SRMin/>", "<L_SRMax/>"]),
-        value_row(rg, ["<SR_Name/>", "<SR_Type/>", "<SR_Min/>", "<SR_Max/>"]),
-        tr(tc(NEST_W, pic("<Image_StudyResult/>"), span=4)),
-        tr(tc(NEST_W, caption("<ImageCaption_StudyResult/>"), span=4)),
+        heading_row(rg, ["<L_SRName/>", "<L_SRType/>", "<L_SRMin/>", "<L_SRMax/>"], keep=True),
+        value_row(rg, ["<SR_Name/>", "<SR_Type/>", "<SR_Min/>", "<SR_Max/>"], keep=True),
+        # Picture and caption share a row: the row layout deletes the picture row and the
+        # caption goes with it.
+        tr(tc(NEST_W, pic("<Image_StudyResult/>"), caption("<ImageCaption_StudyResult/>"), span=4)),
     ])
     fg = split(NEST_W, (1, 1, 1, 1))
     freq = tbl(fg, [heading_row(fg, ["<Label_FreqNumber/>", "<Label_FreqRadSec/>", "<Label_FreqHertz/>", "<Label_FreqPeriod/>"]),

@@ -13,12 +13,8 @@ void CZPNewReportSectionUser::UpdateDetailsInWordDoc(SelectionPtr /*selection*/)
 // ---- results side
 void CZPNewReportSection::UpdateContactsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,
                                                   zphStudy* /*study*/) {}
-void CZPNewReportSection::UpdateMeshInformationInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,
-                                                         zphStudy* /*study*/) {}
 void CZPNewReportSection::UpdateSensorsDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/) {}
 void CZPNewReportSectionBeams::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, zphStudy* /*study*/) {}
-void CZPNewReportSectionStudyResults::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,
-                                                             zphStudy* /*study*/) {}
 void CZPNewReportSectionStudyResults::WritePressureVesselLinearizationData(SelectionPtr /*selection*/,
                                                                            const CString& /*scratchFolder*/,
                                                                            zphStudy* /*study*/) {}

@@ -610,11 +610,293 @@ bool FatigueStudy(const std::function<std::string(const char*)>& at) {
   return ok;
 }
 
+
+// ---- mesh views, quality plots, result plots and mode shapes -------------------------------
+// The mesh section and the study results of the bracket, and the frequency study of the tuning
+// fork (examples/frequency).
+
+// Mesh lines drawn procedurally over the surface: three families of planes and a diagonal, which
+// cut every face of the model into triangles. `size` is the element size in mm; the offset keeps
+// the faces of the model clear of the planes.
+struct MeshLines {
+  double size = 4.0, offset = 2.95, width = 0.07;
+  double Frac(double v) const { return v / size - std::floor(v / size); }
+  bool On(Vec p) const {
+    auto near = [&](double v) {
+      double f = Frac(v + offset);
+      return f < width || f > 1 - width;
+    };
+    return near(p.x) || near(p.y) || near(p.z) || near((p.x + p.y + p.z) * 0.57735);
+  }
+  // A number from 0 to 1 for the element that holds p, the same for all its points.
+  double Cell(Vec p) const {
+    long ix = static_cast<long>(std::floor((p.x + offset) / size));
+    long iy = static_cast<long>(std::floor((p.y + offset) / size));
+    long iz = static_cast<long>(std::floor((p.z + offset) / size));
+    unsigned long h = static_cast<unsigned long>(ix * 73856093L ^ iy * 19349663L ^ iz * 83492791L);
+    h ^= h >> 13;
+    h *= 0x5bd1e995UL;
+    h ^= h >> 15;
+    return (h % 10007) / 10006.0;
+  }
+};
+
+const Rgb kMeshInk{0.12, 0.16, 0.32};
+
+// A picture of a model on the usual background, with an optional legend on the right and a
+// title in the upper left corner.
+struct Scene {
+  std::vector<Triangle> model;
+  Paint paint;
+  Shown shown = [](int) { return true; };
+  bool edges = true;
+  double yaw = -0.72, pitch = 0.55;
+  // legend: shown when title is not empty
+  std::string legendTitle, legendUnit;
+  double lo = 0, hi = 1;
+  int decimals = 1;
+  std::string caption;
+};
+
+bool Draw(const std::string& path, int w, int h, const Scene& scene) {
+  Canvas c(2 * w, 2 * h);
+  c.Gradient(kSkyTop, kSkyBottom);
+  const bool legend = !scene.legendTitle.empty();
+  double legendW = legend ? c.W() * 0.24 : 0;
+  View v = Fit(scene.model, static_cast<int>(c.W() - legendW), c.H(), c.W() * 0.05, scene.yaw, scene.pitch);
+  Render(c, scene.model, v, scene.paint, scene.shown, scene.edges);
+  if (legend)
+    Legend(c, c.W() - legendW + 8, c.H() * 0.2, 26, c.H() * 0.62, scene.lo, scene.hi, scene.legendTitle,
+           scene.legendUnit, 2.0, scene.decimals);
+  if (!scene.caption.empty()) c.Text(18, 14, scene.caption, 2.2, {0.1, 0.1, 0.2});
+  Canvas out = c.Half();
+  return out.SaveJpeg(path, 86);
+}
+
+// The colour of a field value on the banded scale of the plots.
+Rgb Banded(double value, double lo, double hi) {
+  double t = (value - lo) / (hi - lo);
+  return Scale(std::floor(std::clamp(t, 0.0, 0.999) * 12) / 12 + 1.0 / 24);
+}
+
+// The meshed bracket; `control` (a body, or -1) is shown with a finer mesh in the highlight colour.
+bool MeshView(const std::string& path, int w, int h, int control, const std::string& caption) {
+  MeshLines coarse;
+  MeshLines fine{1.6, 0.55, 0.09};
+  Scene scene;
+  scene.model = Bracket();
+  scene.caption = caption;
+  scene.paint = [&](Vec p, int body) {
+    const bool controlled = body == control;
+    const MeshLines& lines = controlled ? fine : coarse;
+    Rgb base = controlled ? kHighlight : (control >= 0 ? kGhost : Rgb{0.55, 0.72, 0.92});
+    return lines.On(p) ? Mix(base, kMeshInk, 0.75) : base;
+  };
+  return Draw(path, w, h, scene);
+}
+
+// A mesh quality plot: each element coloured by its value.
+bool QualityPlot(const std::string& path, int w, int h, const std::string& title, double lo, double hi,
+                 int decimals, const std::function<double(Vec, int, double)>& quality, const std::string& caption) {
+  MeshLines lines;
+  Scene scene;
+  scene.model = Bracket();
+  scene.shown = [](int body) { return body != CapSheet; };
+  scene.legendTitle = title;
+  scene.lo = lo;
+  scene.hi = hi;
+  scene.decimals = decimals;
+  scene.caption = caption;
+  scene.paint = [&](Vec p, int body) {
+    Rgb base = Banded(quality(p, body, lines.Cell(p)), lo, hi);
+    return lines.On(p) ? Mix(base, kMeshInk, 0.6) : base;
+  };
+  return Draw(path, w, h, scene);
+}
+
+// Aspect ratio: near 1 over most of the model, stretched elements where the gusset meets the
+// upright and along the tie rod.
+double AspectRatio(Vec p, int body, double cell) {
+  double root = std::exp(-(std::pow(p.x - 9, 2) + std::pow(p.z - 9, 2)) / 300);
+  double stretched = body == TieRod ? 0.35 : body == Gusset ? 0.5 * root : 0.15 * root;
+  return 1.02 + 1.6 * cell * cell + 10.8 * stretched * std::pow(cell, 3);
+}
+
+// Jacobian ratio: 1 on flat faces, higher on the curved tie rod.
+double Jacobian(Vec p, int body, double cell) {
+  (void)p;
+  return body == TieRod ? 1.4 + 2.5 * cell : 1.0 + 0.25 * std::pow(cell, 6);
+}
+
+// Equivalent strain, following the stress.
+double Strain(Vec p, int body) { return 9.1e-6 + (Stress(p, body) - 2.0) / 168.0 * 6.0e-4; }
+
+// A result plot of the study's results: the model banded by a field, seen a little more from
+// the side than the plots the user keeps as images.
+bool ResultPlot(const std::string& path, int w, int h, const std::string& title, const std::string& unit, double lo,
+                double hi, int decimals, const std::function<double(Vec, int)>& field, const std::string& caption) {
+  Scene scene;
+  scene.model = Bracket();
+  scene.yaw = -1.05;
+  scene.pitch = 0.5;
+  scene.shown = [](int body) { return body != CapSheet; };
+  scene.paint = [&](Vec p, int body) { return Banded(field(p, body), lo, hi); };
+  scene.legendTitle = title;
+  scene.legendUnit = unit;
+  scene.lo = lo;
+  scene.hi = hi;
+  scene.decimals = decimals;
+  scene.caption = caption;
+  return Draw(path, w, h, scene);
+}
+
+// The bracket bent by its load, magnified, in one colour: a plot without a range.
+bool DeformedShape(const std::string& path, int w, int h, const std::string& caption) {
+  Scene scene;
+  scene.model = Bracket();
+  scene.yaw = -1.05;
+  scene.pitch = 0.5;
+  const double magnify = 150;
+  for (Triangle& t : scene.model)
+    for (Vec* p : {&t.a, &t.b, &t.c}) {
+      double d = Displacement(*p, t.body) * magnify;
+      p->x += d * 0.8;
+      p->z -= d * 0.4;
+    }
+  scene.shown = [](int body) { return body != CapSheet; };
+  scene.paint = [](Vec, int body) { return BodyColour(body); };
+  scene.caption = caption;
+  return Draw(path, w, h, scene);
+}
+
+// ---- the tuning fork of the frequency study
+
+enum ForkBody { Handle, Yoke, ProngLeft, ProngRight };
+constexpr double kProngBase = 48, kProngTip = 140;
+
+// A box from z0 to z1 cut into `segments` slices, so that it bends smoothly; outlines only
+// along its length and round its ends.
+void Prism(std::vector<Triangle>& out, double x0, double x1, double y0, double y1, double z0, double z1, int segments,
+           int body) {
+  auto corner = [&](int i, double z) {
+    const double xs[4] = {x0, x1, x1, x0}, ys[4] = {y0, y0, y1, y1};
+    return Vec{xs[i % 4], ys[i % 4], z};
+  };
+  for (int k = 0; k < segments; ++k) {
+    double za = z0 + (z1 - z0) * k / segments, zb = z0 + (z1 - z0) * (k + 1) / segments;
+    for (int i = 0; i < 4; ++i) {
+      Vec a = corner(i, za), b = corner(i + 1, za), c = corner(i + 1, zb), d = corner(i, zb);
+      int first = k == 0 ? 1 : 0, last = k == segments - 1 ? 2 : 0;  // the ends' outlines
+      out.push_back({a, b, c, body, first | 2});
+      out.push_back({a, c, d, body, last | 4});
+    }
+  }
+  Quad(out, corner(0, z1), corner(1, z1), corner(2, z1), corner(3, z1), body);
+  Quad(out, corner(3, z0), corner(2, z0), corner(1, z0), corner(0, z0), body);
+}
+
+std::vector<Triangle> Fork() {
+  std::vector<Triangle> t;
+  Cylinder(t, {0, 0, 0}, {0, 0, 40}, 4, Handle);
+  Box(t, {-12, -3, 40}, {12, 3, kProngBase}, Yoke);
+  Prism(t, -12, -6, -3, 3, kProngBase, kProngTip, 23, ProngLeft);
+  Prism(t, 6, 12, -3, 3, kProngBase, kProngTip, 23, ProngRight);
+  return t;
+}
+
+// A mode of the fork: the displacement of a point, for an amplitude of 1 at the prongs' tips.
+struct Mode {
+  double x = 0, y = 0;   // direction of the bending
+  bool opposed = false;  // the prongs move against each other
+};
+
+Vec ModeDisplacement(const Mode& mode, Vec p) {
+  if (p.z <= kProngBase) return {};
+  double s = (p.z - kProngBase) / (kProngTip - kProngBase);
+  double side = mode.opposed && p.x < 0 ? -1 : 1;
+  double a = s * s * side;
+  return {mode.x * a, mode.y * a, 0};
+}
+
+// The fork deformed by a mode and coloured by the amplitude; without a mode, plain steel.
+bool ForkView(const std::string& path, int w, int h, const Mode* mode, bool coloured, const std::string& caption,
+              const std::string& legendTitle = "", double amplitude = 0) {
+  Scene scene;
+  scene.model = Fork();
+  scene.yaw = -0.55;
+  scene.pitch = 0.35;
+  const double magnify = 16;
+  if (mode)
+    for (Triangle& t : scene.model)
+      for (Vec* p : {&t.a, &t.b, &t.c}) *p = *p + ModeDisplacement(*mode, *p) * magnify;
+  scene.paint = [&](Vec p, int) {
+    if (!coloured) return kSteel;
+    double s = std::clamp((p.z - kProngBase) / (kProngTip - kProngBase), 0.0, 1.0);
+    return Banded(s * s * amplitude, 0, amplitude);
+  };
+  scene.caption = caption;
+  if (coloured) {
+    scene.legendTitle = legendTitle;
+    scene.legendUnit = "";
+    scene.lo = 0;
+    scene.hi = amplitude;
+    scene.decimals = 1;
+  }
+  return Draw(path, w, h, scene);
+}
+
+// The pictures of the frequency study.
+bool FrequencyPictures(const std::string& out) {
+  auto at = [&](const char* name) { return out + "/" + name; };
+  const Mode modes[4] = {{1, 0, false}, {1, 0, true}, {0, 1, false}, {0, 1, true}};
+  const double amplitudes[4] = {173.2, 168.4, 181.9, 177.5};
+  const char* names[4] = {"mode-1.jpg", "mode-2.jpg", "mode-3.jpg", "mode-4.jpg"};
+  const char* captions[4] = {"Frequency 1 - Mode 1 (283.52 Hz)", "Frequency 1 - Mode 2 (438.51 Hz)",
+                             "Frequency 1 - Mode 3 (780.45 Hz)", "Frequency 1 - Mode 4 (1,793.1 Hz)"};
+  bool ok = ForkView(at("model.jpg"), 480, 360, nullptr, false, "");
+  for (int m = 0; m < 4; ++m)
+    ok &= ForkView(at(names[m]), 480, 320, &modes[m], true, captions[m], "AMPRES", amplitudes[m]);
+  ok &= ForkView(at("deformed-mode-2.jpg"), 480, 320, &modes[1], false, "Frequency 1 - Deformed shape, mode 2");
+  // The meshed fork.
+  MeshLines lines{3.6, 1.8, 0.07};
+  Scene mesh;
+  mesh.model = Fork();
+  mesh.yaw = -0.55;
+  mesh.pitch = 0.35;
+  mesh.paint = [&](Vec p, int) {
+    Rgb base{0.55, 0.72, 0.92};
+    return lines.On(p) ? Mix(base, kMeshInk, 0.75) : base;
+  };
+  ok &= Draw(at("mesh.jpg"), 480, 360, mesh);
+  return ok;
+}
+
+// The pictures of the bracket's mesh and results.
+bool BracketResultPictures(const std::string& out) {
+  auto at = [&](const char* name) { return out + "/" + name; };
+  bool ok = MeshView(at("mesh.jpg"), 480, 360, -1, "");
+  ok &= MeshView(at("mesh-control-gusset.jpg"), 240, 180, Gusset, "");
+  ok &= MeshView(at("mesh-control-tie-rod.jpg"), 240, 180, TieRod, "");
+  ok &= QualityPlot(at("quality-aspect-ratio.jpg"), 480, 320, "Aspect ratio", 1.0, 11.83, 1, AspectRatio,
+                    "Static 1 - Mesh - Aspect Ratio1");
+  ok &= QualityPlot(at("quality-jacobian.jpg"), 480, 320, "Jacobian", 1.0, 3.91, 2, Jacobian,
+                    "Static 1 - Mesh - Jacobian1");
+  ok &= ResultPlot(at("result-stress.jpg"), 480, 320, "von Mises", "(MPa)", 2.0, 170.0, 1, Stress,
+                   "Static 1 - Stress - Stress1");
+  ok &= ResultPlot(at("result-displacement.jpg"), 480, 320, "URES", "(mm)", 0.0, 0.142, 3, Displacement,
+                   "Static 1 - Displacement - Displacement1");
+  ok &= ResultPlot(at("result-strain.jpg"), 480, 320, "ESTRN", "(x 1e-4)", 9.1e-6 * 1e4, 6.1e-4 * 1e4, 2,
+                   [](Vec p, int body) { return Strain(p, body) * 1e4; }, "Static 1 - Strain - Strain1");
+  ok &= DeformedShape(at("result-deformed.jpg"), 480, 320, "Static 1 - Deformed shape (x 150)");
+  return ok;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2 && argc != 3) {
-    std::fprintf(stderr, "usage: make_pictures <output folder> [<fatigue study's output folder>]\n");
+  if (argc != 2 && argc != 4) {
+    std::fprintf(stderr,
+                 "usage: make_pictures <bracket pictures folder> [<fatigue pictures folder> <frequency pictures folder>]\n");
     return 2;
   }
   std::string out = argv[1];
@@ -638,9 +920,16 @@ int main(int argc, char** argv) {
   ok &= Plot(at("plot-displacement.jpg"), 480, 320, "URES", "(mm)", 0.0, 0.142, 3, Displacement,
              "Static 1 - Displacement - Resultant");
   ok &= FixturesAndLoads(at);
-  if (argc == 3) {
+  // The bracket's mesh and results.
+  ok &= BracketResultPictures(out);
+  if (argc == 4) {
+    // The fatigue study of examples/fatigue and the frequency study of examples/frequency.
     const std::string fatigue = argv[2];
     ok &= FatigueStudy([&](const char* name) { return fatigue + "/" + name; });
+    if (!FrequencyPictures(argv[3])) {
+      std::fprintf(stderr, "make_pictures: a picture could not be written to %s\n", argv[3]);
+      return 1;
+    }
   }
   if (!ok) {
     std::fprintf(stderr, "make_pictures: a picture could not be written to %s\n", out.c_str());

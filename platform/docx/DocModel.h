@@ -110,6 +110,16 @@ class DocModel {
     long edits = -1;
   } pending;
   long edits = 0;           // counts changes of any story (pending formatting dies with a change)
+  // The anchor of the last extension by characters, with the selection it left: extending that
+  // same selection again (no change in between) goes on from this anchor, not from the end that
+  // whole-cell snapping moved, as Word keeps its anchor.
+  struct ExtendAnchor {
+    Story* story = nullptr;
+    int anchor = -1;
+    int start = -1;
+    int end = -1;
+    long edits = -1;
+  } extendAnchor;
   int seekSection = 0;      // index in Sections() of the header/footer shown
   std::vector<pugi::xml_node> Sections();            // w:sectPr in document order
   pugi::xml_node SectionOf(Story& story, int pos);   // w:sectPr governing a position of the main story

@@ -948,6 +948,9 @@ int SelectionImpl::MoveHorizontal(const Variant& unit, const Variant& count, con
   int active = sel.startActive ? sel.start : sel.end;
   int anchor = sel.startActive ? sel.end : sel.start;
   if (sel.Collapsed()) active = anchor = sel.start;
+  const auto& last = d.extendAnchor;
+  if (!sel.Collapsed() && last.story == &s && last.start == sel.start && last.end == sel.end && last.edits == d.edits)
+    anchor = last.anchor;
   while (moved < n) {
     int np = right ? StepRight(s, active, true) : StepLeft(s, active);
     if (np == active) break;
@@ -958,6 +961,7 @@ int SelectionImpl::MoveHorizontal(const Variant& unit, const Variant& count, con
   sel.end = std::max(active, anchor);
   sel.startActive = active < anchor;
   SnapSelection(m_doc);
+  d.extendAnchor = {&s, anchor, sel.start, sel.end, d.edits};
   return moved;
 }
 

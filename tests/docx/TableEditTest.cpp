@@ -153,6 +153,29 @@ TEST(CellShapes, HorizontalMergeRenumbersAndCellsDeleteShiftsLeft) {
   EXPECT_STREQ(rows[1].node().child("w:trPr").child("w:gridAfter").attribute("w:val").value(), "1");
 }
 
+TEST(CellShapes, ExtendingLeftAgainGoesOnFromTheAnchorNotFromTheSnappedEnd) {
+  // The range cells of a row emptied, then two steps left from the last one: the selection
+  // holds the last three cells (not the whole row), in a middle cell as in the last one.
+  for (const char* row : {"last", "middle"}) {
+    SCOPED_TRACE(row);
+    const bool middle = std::string(row) == "middle";
+    std::vector<std::string> cells = {Tc("Name"), Tc("Type"), Tc("<Min/>"), Tc("<Max/>")};
+    if (middle) cells.push_back(Tc("tail"));
+    Session s(Tbl({Tr(cells)}) + P("x"));
+    ASSERT_TRUE(s.FindTag("<Min/>"));
+    s.sel->Delete();
+    ASSERT_TRUE(s.FindTag("<Max/>"));
+    s.sel->Delete();
+    s.sel->MoveLeft(Variant(Word::wdCharacter), Variant(1), Variant(Word::wdExtend));
+    EXPECT_EQ(s.sel->GetCells()->GetCount(), 2);
+    s.sel->MoveLeft(Variant(Word::wdCharacter), Variant(1), Variant(Word::wdExtend));
+    EXPECT_EQ(s.sel->GetCells()->GetCount(), 3);
+    EXPECT_TRUE(s.sel->GetStartIsActive());
+    s.sel->GetCells()->Merge();
+    EXPECT_EQ(s.Body(), (std::vector<std::string>{middle ? "T[Name|Type|tail]" : "T[Name|Type]", "P:x"}));
+  }
+}
+
 TEST(CellShapes, SelectColumnDeleteClearsOnlyThatColumn) {
   Session s(Tbl({Tr({Tc("h1"), Tc("<Col2/>"), Tc("h3")}), Tr({Tc("a"), Tc("b"), Tc("c")}), Tr({Tc("d"), Tc("e"), Tc("f")})}, 3) + P("x"));
   ASSERT_TRUE(s.FindTag("<Col2/>"));

@@ -194,6 +194,8 @@ std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> fixtureStudy, con
     }
     if (auto* description = dynamic_cast<CZPNewReportSectionDescription*>(section))
       description->m_description = study->Data().description;
+    if (auto* results = dynamic_cast<CZPNewReportSectionStudyResults*>(section); results && setup.resultOption >= 0)
+      results->m_resultOption = setup.resultOption;
   }
 
   COVReportManager manager;

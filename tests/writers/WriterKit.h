@@ -42,6 +42,7 @@ struct ReportSetup {
   std::set<int> commentsOnEmpty;          // kinds with m_commentsOn 1 and an empty comment
   int wizardState = -1;                   // -1: the study file's
   std::multimap<std::string, int> alsoIn; // image name -> a further section the report shows it in
+  int resultOption = -1;                  // m_resultOption of the study results; -1: the format's
 };
 
 // The finished document, read back.
