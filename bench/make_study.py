@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
 """Writes a large study file with pictures of its own, for timing zpreport.
 
-    bench/make_study.py OUT_DIR [--bodies N] [--materials N] [--images N] [--shared]
+    bench/make_study.py OUT_DIR [--bodies N] [--materials N] [--images N] [--loads N] [--plots N]
+                        [--shared]
 
 The study is the sample's model and study with N solid bodies (each with its own JPEG),
-N materials (a JPEG picture and two PNG curves each, five properties, three bodies) and N
-images placed in the study results. Every picture is a file of its own: the sample's
+N materials (a JPEG picture and two PNG curves each, five properties, three bodies), N
+images placed in the study results, N loads (a JPEG each and one PNG curve, every third one
+with two curves and every fifth with three) with a fixture for every ten loads, and N result
+plots (a JPEG each, every fourth without a range). Every picture is a file of its own: the sample's
 pictures with a comment (JPEG) or a text chunk (PNG) that tells them apart, so that no two
 files hold the same bytes. --shared points every body, material and image at one file of
 each kind instead.
@@ -62,6 +65,8 @@ def main():
     ap.add_argument("--bodies", type=int, default=0)
     ap.add_argument("--materials", type=int, default=0)
     ap.add_argument("--images", type=int, default=0)
+    ap.add_argument("--loads", type=int, default=0)
+    ap.add_argument("--plots", type=int, default=0)
     ap.add_argument("--shared", action="store_true", help="one picture file of each kind for all")
     args = ap.parse_args()
 
@@ -117,6 +122,40 @@ def main():
             images.append({"name": "Plot %d" % n, "picture": pic, "section": "studyResults",
                            "caption": "Plot %d" % n, "comment": "Comment on plot %d." % n})
         study["images"] = images
+
+    if args.loads:
+        def curve(n, c):
+            return {"label": "Curve %d of load %d" % (c, n),
+                    "picture": pics.write("curve.png", "load-curve-%d-%d.png" % (n, c),
+                                          lambda: tagged_png(curve_png, "curve %d of load %d" % (c, n)))}
+        loads, fixtures = [], []
+        for n in range(1, args.loads + 1):
+            count = 3 if n % 5 == 0 else 2 if n % 3 == 0 else 1
+            loads.append({"name": "Force-%d" % n,
+                          "details": "Entities:\t1 face(s)\nType:\tApply normal force\nValue:\t%d N" % (10 * n),
+                          "picture": pics.write("load.jpg", "load-%d.jpg" % n,
+                                                lambda: tagged_jpeg(body_jpeg, "load %d" % n)),
+                          "curves": [curve(n, c) for c in range(1, count + 1)]})
+            if n % 10 == 1:
+                fixtures.append({"name": "Fixed-%d" % n, "details": "Entities:\t1 face(s)\nType:\tFixed Geometry",
+                                 "picture": pics.write("fixture.jpg", "fixture-%d.jpg" % n,
+                                                       lambda: tagged_jpeg(body_jpeg, "fixture %d" % n)),
+                                 "resultantForces": {
+                                     "forces": ["Reaction force(N)", "0.01", "-%d" % n, "0", "%d" % n],
+                                     "moments": ["Reaction Moment(N.m)", "0", "0", "0", "0"]}})
+        study["fixtures"] = fixtures
+        study["loads"] = loads
+    if args.plots:
+        plots = []
+        for n in range(1, args.plots + 1):
+            ranged = n % 4 != 0
+            plots.append({"name": "Stress%d" % n, "type": "VON: von Mises Stress",
+                          "min": "2.04e+06 N/m^2\nNode: %d" % n if ranged else "-",
+                          "max": "1.68e+08 N/m^2\nNode: %d" % (n + 1) if ranged else "-",
+                          "image": "Large-Static 1-Stress-Stress%d" % n,
+                          "picture": pics.write("result.jpg", "result-%d.jpg" % n,
+                                                lambda: tagged_jpeg(plot_jpeg, "result %d" % n))})
+        study["results"] = {"plots": plots}
 
     with open(os.path.join(args.out, "study.json"), "w") as f:
         json.dump(study, f, indent=1)

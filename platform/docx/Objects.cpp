@@ -245,8 +245,8 @@ std::string ColorHex(int bgr) {
 
 class FontImpl : public Word::Font {
  public:
-  FontImpl(DocPtr doc, Story* story, int start, int end, bool isSelection)
-      : m_doc(std::move(doc)), m_story(story), m_start(start), m_end(end), m_sel(isSelection) {}
+  FontImpl(DocPtr doc, Story* story, int start, int end)
+      : m_doc(std::move(doc)), m_story(story), m_start(start), m_end(end) {}
 
   float GetSize() override {
     auto rpr = FirstProps();
@@ -375,7 +375,6 @@ class FontImpl : public Word::Font {
   DocPtr m_doc;
   Story* m_story;
   int m_start, m_end;
-  bool m_sel;
 };
 
 // ---------------------------------------------------------------- Inline shapes
@@ -750,7 +749,7 @@ void RangeImpl::Collapse(const Variant& direction) {
   if (direction.AsIntOr(Word::wdCollapseStart) == Word::wdCollapseEnd) m_start = m_end;
   else m_end = m_start;
 }
-Ptr<Word::Font> RangeImpl::GetFont() { Live(m_doc); return std::make_shared<FontImpl>(m_doc, m_story, m_start, m_end, false); }
+Ptr<Word::Font> RangeImpl::GetFont() { Live(m_doc); return std::make_shared<FontImpl>(m_doc, m_story, m_start, m_end); }
 Ptr<Word::Tables> RangeImpl::GetTables() { Live(m_doc); return RangeTables(m_doc, m_story, m_start, m_end); }
 Ptr<Word::Cells> RangeImpl::GetCells() { Live(m_doc); return RangeCells(m_doc, m_story, m_start, m_end); }
 Ptr<Word::InlineShapes> RangeImpl::GetInlineShapes() {
@@ -1179,7 +1178,7 @@ void SelectionImpl::Paste() { Live(m_doc); docx::Paste(m_doc); }
 void SelectionImpl::PasteAsNestedTable() { Live(m_doc); docx::PasteAsNestedTable(m_doc); }
 Ptr<Word::Font> SelectionImpl::GetFont() {
   auto& s = Live(m_doc).sel;
-  return std::make_shared<FontImpl>(m_doc, s.story, s.start, s.end, true);
+  return std::make_shared<FontImpl>(m_doc, s.story, s.start, s.end);
 }
 Ptr<Word::Shading> SelectionImpl::GetShading() { Live(m_doc); return SelectionShading(m_doc); }
 Ptr<Word::InlineShapes> SelectionImpl::GetInlineShapes() {
