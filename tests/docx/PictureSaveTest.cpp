@@ -34,11 +34,6 @@ namespace {
 
 Word::String W(const std::string& s) { return Word::String(s.begin(), s.end()); }
 
-std::string FileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 std::string SamplePicture(const char* name) {
   return FileBytes(std::string(ZP_SOURCE_DIR) + "/examples/bracket/pictures/" + name);
 }
