@@ -1,5 +1,5 @@
-// The generation driver in process: the walk over the sections, progress steps, and the
-// images a user placed in sections.
+// The generation driver in process: the walk over the sections and its progress steps (the
+// images a user placed in sections: writers/InsertedImagesTest).
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,7 +23,6 @@ using namespace coretest;
 namespace {
 
 const std::string kSample = std::string(ZP_SOURCE_DIR) + "/examples/bracket/study.json";
-const std::string kPictures = std::string(ZP_SOURCE_DIR) + "/examples/bracket/pictures/";
 
 struct RecordingView : IRunProgressView {
   int total = 0;
@@ -58,18 +57,6 @@ struct GenerationRun {
     zpUtilities_c::SetOVAppDataFolder(CString());
   }
   CZPNewReportFormat& Format() { return *options->GetFormat(0); }
-  void AddImage(const char16_t* name, const std::string& picture, int section, const char16_t* caption,
-                int captionOn, const char16_t* comment, int commentOn) {
-    auto* image = new COVReportImage();
-    image->m_imageName = name;
-    image->m_imagePath = CString(kPictures + picture);
-    image->m_imageSectionId = section;
-    image->m_caption = caption;
-    image->m_captionOn = captionOn;
-    image->m_comment = comment;
-    image->m_commentOn = commentOn;
-    manager.InsertNewImage(image);
-  }
   std::string Generate() {
     CString folder(out.Path()), name(u"R");
     manager.CreateReport(folder, name, 0);
@@ -112,36 +99,4 @@ TEST(Generation, ProgressCountsSectionsIncludedWithOne) {
   EXPECT_TRUE(std::find(run.view.steps.begin(), run.view.steps.end(),
                         run.Format().GetSection(kSectionUnits)->m_title) != run.view.steps.end());
   EXPECT_FALSE(Has(docxtest::BodyText(path), "<Header_Units/>"));
-}
-
-TEST(Generation, InsertedImagesStandInTheirSectionsInListOrder) {
-  GenerationRun run;
-  run.AddImage(u"First", "plot-stress.jpg", kSectionAssumptions, u"Caption one", 1, u"Comment one", 1);
-  run.AddImage(u"Second", "plot-displacement.jpg", kSectionAssumptions, u"", 1, u"", 1);
-  run.AddImage(u"Third", "model.jpg", kSectionAssumptions, u"Unused caption", 0, u"Unused comment", 0);
-  run.AddImage(u"Elsewhere", "model.jpg", kSectionStudyResults, u"In the results", 1, u"", 0);
-  const std::string path = run.Generate();
-  ASSERT_TRUE(std::filesystem::exists(path));
-  const std::string body = docxtest::BodyText(path);
-  const std::size_t one = body.find("Caption one");
-  const std::size_t two = body.find("Second");  // empty caption: the image's name
-  const std::size_t three = body.find("Third");
-  ASSERT_NE(one, std::string::npos);
-  ASSERT_NE(two, std::string::npos);
-  ASSERT_NE(three, std::string::npos);
-  EXPECT_LT(one, two);
-  EXPECT_LT(two, three);
-  EXPECT_LT(three, body.find("In the results"));
-  EXPECT_TRUE(Has(body, "Comment one"));
-  EXPECT_FALSE(Has(body, "Unused"));
-  // Only the first image shows the comment caption.
-  const std::string label = ToUtf8(ZpCommonString(55000));
-  EXPECT_EQ(body.find(label), body.rfind(label));
-  for (const char* tag : {"<Image_Custom/>", "<ImageCaption_Custom/>", "<ImageComments_Custom/>",
-                          "<Label_CustomImageComments/>", "<Content_Assumption/>", "<Content_StudyResults/>"})
-    EXPECT_FALSE(Has(body, tag)) << tag;
-  const std::string xml = docxtest::ReadPart(path, "word/document.xml");
-  std::size_t pictures = 0;
-  for (std::size_t at = xml.find("<w:drawing>"); at != std::string::npos; at = xml.find("<w:drawing>", at + 1)) ++pictures;
-  EXPECT_GE(pictures, 5u);  // the model on the cover and the four images at least
 }
