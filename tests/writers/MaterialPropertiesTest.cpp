@@ -65,6 +65,10 @@ TEST(MaterialProperties, SeveralMaterialsGetABlockAndACurveRowEach) {
     }
 
     EXPECT_EQ(Pictures(curves), curvePictures[m]);
+    // The curve row is a copy of the template's shaded label row: one cell over the three columns.
+    ASSERT_EQ(curves.select_nodes("w:tc").size(), 1u);
+    EXPECT_TRUE(curves.child("w:tc").child("w:tcPr").child("w:shd"));
+    EXPECT_STREQ(curves.child("w:tc").child("w:tcPr").child("w:gridSpan").attribute("w:val").value(), "3");
     pugi::xml_node curveTable = curves.select_node(".//w:tbl").node();
     if (curveTableRows[m] == 0) {
       EXPECT_FALSE(curveTable);
