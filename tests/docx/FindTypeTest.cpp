@@ -1,4 +1,5 @@
-// Find, typing, deleting and moving through the contract, on documents made here.
+// Find, typing, deleting and moving through the contract, on documents made here. (Find
+// against a model of the story, from anywhere, both ways, with and without wrap: InertData.)
 #include <gtest/gtest.h>
 
 #include "tests/docx/TableTestUtil.h"
@@ -102,52 +103,4 @@ TEST(Move, CharactersCellMarksAndLinesThroughATable) {
   s.sel->SetRange(7, 7);
   s.sel->MoveDown(Variant(Word::wdLine), Variant(1));
   EXPECT_EQ(s.sel->GetStart(), 18);  // same grid column, next row
-}
-
-// Find against a plain scan of the story text, from many start points, both ways,
-// with and without wrapping, for needles that are everywhere, rare and absent (the
-// engine walks from the start point or consults its index depending on how rare the
-// needle is; both must give the match a scan gives).
-TEST(Find, AgreesWithAPlainScanOfTheStory) {
-  const char* pieces[] = {"<A/>", "x <A/> y", "plain", "<A/><A/>", "<Rare/> here", "a<a/>"};
-  std::string body;
-  unsigned seed = 12345;
-  auto next = [&](unsigned m) { seed = seed * 1103515245u + 12345u; return (seed >> 16) % m; };
-  for (int i = 0; i < 400; ++i) {
-    unsigned k = next(40);
-    body += P(k < 2 ? pieces[4] : pieces[k % 4 == 3 ? 5 : k % 4], i % 50 == 0 ? "Heading1" : "");
-  }
-  Session s(body);
-  const std::u16string text = s.doc->GetContent()->GetText();
-  const int length = static_cast<int>(text.size());
-  for (const std::u16string needle : {u"<a/>", u"<RARE/>", u"<none/>", u"a"}) {
-    std::u16string folded;
-    for (char16_t c : text) folded += (c >= u'A' && c <= u'Z') ? c + 32 : c;
-    std::u16string n;
-    for (char16_t c : needle) n += (c >= u'A' && c <= u'Z') ? c + 32 : c;
-    std::vector<int> hits;
-    for (size_t k = folded.find(n); k != std::u16string::npos; k = folded.find(n, k + 1)) hits.push_back(int(k));
-    for (int trial = 0; trial < 150; ++trial) {
-      int a = int(next(length)), b = int(next(length));
-      int from = std::min(a, b), to = std::max(a, b);
-      const bool forward = next(2) == 0, wrap = next(2) == 0;
-      int expected = -1;
-      const int len = int(n.size());
-      if (forward) {
-        for (int h : hits) if (h >= to) { expected = h; break; }
-        if (expected < 0 && wrap)
-          for (int h : hits) if (h < to) { expected = h; break; }
-      } else {
-        for (auto h = hits.rbegin(); h != hits.rend(); ++h) if (*h + len <= from) { expected = *h; break; }
-        if (expected < 0 && wrap)
-          for (auto h = hits.rbegin(); h != hits.rend(); ++h) if (*h + len > from) { expected = *h; break; }
-      }
-      s.sel->SetRange(from, to);
-      const bool found = Execute(s.sel, needle, forward, wrap);
-      ASSERT_EQ(found, expected >= 0) << U8(needle) << " from " << from << "-" << to << " fwd " << forward;
-      if (found) {
-        ASSERT_EQ(s.sel->GetStart(), expected) << U8(needle) << " from " << from << "-" << to;
-      }
-    }
-  }
 }
