@@ -1,5 +1,6 @@
-// Reaction and free-body forces and moments of the entire model, when a half or both lack
-// results (both halves with results: TagLookalikes, which checks their four tables cell by cell).
+// Reaction and free-body forces and moments of the entire model when a half lacks results
+// (both halves with results: TagLookalikes, which checks their four tables cell by cell; none:
+// EmptyStudy).
 #include <gtest/gtest.h>
 
 #include "tests/writers/WriterKit.h"
@@ -31,20 +32,6 @@ TEST(ResultantForces, AHalfWithoutResultsGivesWayToTheNoneText) {
   EXPECT_EQ(text.find(Str(56257)), std::string::npos);
   EXPECT_EQ(text.find(Str(56258)), std::string::npos);
   EXPECT_TRUE(Report::Tags(section).empty()) << text;
-}
-
-TEST(ResultantForces, NoResultsAtAllShowTheNoneTextTwice) {
-  StudyFile file;
-  ReportSetup setup;
-  setup.included = {kSectionResultantForces};
-  setup.comments = {{kSectionResultantForces, "No loads were applied."}};
-  auto report = Generate(file, setup);
-  ASSERT_TRUE(report->generated);
-  pugi::xml_node section = report->Section(kSectionResultantForces);
-  ASSERT_TRUE(section);
-  EXPECT_EQ(Blocks(ContentCell(section)), (std::vector<std::string>{"Normal|" + Str(54992), "Normal|" + Str(54992)}));
-  EXPECT_NE(TextOf(section).find("No loads were applied."), std::string::npos);
-  EXPECT_TRUE(Report::Tags(section).empty()) << TextOf(section);
 }
 
 }  // namespace
