@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "platform/docx/Package.h"
 #include "tests/docx/TableTestUtil.h"

@@ -12,8 +12,6 @@
 #include <zip.h>
 
 #include <filesystem>
-#include <fstream>
-#include <map>
 
 #include "platform/docx/Picture.h"
 #include "platform/docx/ZipWriter.h"
