@@ -4,7 +4,6 @@
 
 #include "core/DateText.h"
 #include "model/HeaderInfo.h"
-#include "model/HeaderInfo.h"
 #include "platform/system/Resources.h"
 #include "tests/core/CoreTestKit.h"
 

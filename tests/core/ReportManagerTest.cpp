@@ -87,6 +87,10 @@ TEST(CreateReport, PathsNamesAndExtensionsOfTheArgumentForm) {
     EXPECT_EQ(r->m_headerInfo->m_showOnPublish, 1);
     EXPECT_EQ(r->m_headerInfo->m_publishOption, 1);
     EXPECT_EQ(r->m_format->m_analysisType, 0);
+    // The run holds the study's two flags, set and cleared in reverse order.
+    EXPECT_EQ(f.host.Study()->FlagCalls(),
+              (std::vector<std::string>{"SetSkipSelectionChangeNotifyFlag(1)", "SetBlockingStateForSimReport(1)",
+                                        "SetBlockingStateForSimReport(0)", "SetSkipSelectionChangeNotifyFlag(0)"}));
     // A taken name gives a new report name; the file keeps the name asked for.
     f.manager.CreateReport(dir, name, 0);
     EXPECT_EQ(f.Last()->m_reportName, CString(u"S-1"));

@@ -14,12 +14,6 @@ Word::Ptr<Word::Document> Open(const Word::Ptr<Word::Application>& app, const st
   return app->GetDocuments()->Add(Variant(Word::String(path.begin(), path.end())));
 }
 
-bool Find(const Word::Ptr<Word::Selection>& sel, const std::string& text) {
-  return sel->GetFind()->Execute(Variant(Session::W(text)), Variant(0), Variant(0), Variant(0), Variant(0), Variant(0),
-                                 Variant(1), Variant(Word::wdFindContinue), Variant(0), Variant(0), Variant(0),
-                                 Variant(0), Variant(0), Variant(0), Variant(0));
-}
-
 }  // namespace
 
 TEST(EngineState, ClipboardOutlivesItsDocumentAndColumnSelectionsStayWithTheirs) {
@@ -35,7 +29,7 @@ TEST(EngineState, ClipboardOutlivesItsDocumentAndColumnSelectionsStayWithTheirs)
   {
     auto doc = Open(app, source);
     auto sel = app->GetSelection();
-    ASSERT_TRUE(Find(sel, "<Pic/>"));
+    ASSERT_TRUE(Execute(sel, "<Pic/>", true));
     sel->GetInlineShapes()->AddPicture(Session::W(dir.File("p.png")));
     sel->SelectRow();
     sel->Copy();
@@ -51,7 +45,7 @@ TEST(EngineState, ClipboardOutlivesItsDocumentAndColumnSelectionsStayWithTheirs)
   }
   auto doc = Open(app, target);
   auto sel = app->GetSelection();
-  ASSERT_TRUE(Find(sel, "<Col/>"));
+  ASSERT_TRUE(Execute(sel, "<Col/>", true));
   // No column selection here: the cells of the selection are the one cell.
   EXPECT_EQ(sel->GetCells()->GetCount(), 1);
   sel->Paste();  // above the row of the insertion point
@@ -67,11 +61,11 @@ TEST(EngineState, ClipboardOutlivesItsDocumentAndColumnSelectionsStayWithTheirs)
   // A second application has a clipboard of its own, empty so far.
   auto second = Word::CreateInstance(u"Word.Application");
   Open(second, target);
-  ASSERT_TRUE(Find(second->GetSelection(), "t2"));
+  ASSERT_TRUE(Execute(second->GetSelection(), "t2", true));
   EXPECT_THROW(second->GetSelection()->Paste(), Word::ComError);
   second->Quit();
   // Quitting it leaves the first application's clipboard alone.
-  ASSERT_TRUE(Find(sel, "t2"));
+  ASSERT_TRUE(Execute(sel, "t2", true));
   sel->Paste();
   doc->SaveAs(Variant(Session::W(out)), Variant::I2(Word::wdFormatDocumentDefault));
   EXPECT_EQ(BodyShape(out).front(), "T[|copied;<Col/>|t1;|copied;t2|t3]");

@@ -40,9 +40,7 @@ TEST(FindHint, SearchesFromAHeadingStayRightAsFoundRowsAreDeletedAndMoved) {
     s.sel->SetRange(point, point);
     s.sel->GoTo(Variant(Word::wdGoToHeading), Variant(Word::wdGoToPrevious));
     const int heading = s.sel->GetEnd();
-    const bool hit = s.sel->GetFind()->Execute(Variant(needle), Variant(0), Variant(0), Variant(0), Variant(0),
-                                               Variant(0), Variant(1), Variant(Word::wdFindStop), Variant(0),
-                                               Variant(0), Variant(0), Variant(0), Variant(0), Variant(0), Variant(0));
+    const bool hit = Execute(s.sel, needle, true, false);
     if (!hit) {
       ASSERT_EQ(TextOf(s, heading, End(s)).find(needle), std::u16string::npos) << "step " << step << ": missed";
       continue;

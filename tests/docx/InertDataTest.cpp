@@ -21,11 +21,7 @@ std::string Heading(const std::string& t) { return P(t, "Heading1"); }
 int FindFrom(Session& s, const std::string& needle, int start, int end, bool forward, bool wrap,
              bool matchCase = false) {
   s.sel->SetRange(start, end);
-  bool found = s.sel->GetFind()->Execute(Variant(Session::W(needle)), Variant(matchCase ? 1 : 0), Variant(0), Variant(0),
-                                         Variant(0), Variant(0), Variant(forward ? 1 : 0),
-                                         Variant(wrap ? Word::wdFindContinue : Word::wdFindStop), Variant(0), Variant(0),
-                                         Variant(0), Variant(0), Variant(0), Variant(0), Variant(0));
-  return found ? s.sel->GetStart() : -1;
+  return Execute(s.sel, needle, forward, wrap, matchCase) ? s.sel->GetStart() : -1;
 }
 
 std::u16string Content(Session& s) { return s.doc->GetContent()->GetText(); }

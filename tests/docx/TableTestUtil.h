@@ -119,6 +119,19 @@ inline std::vector<std::string> BodyShape(const std::string& docxPath) {
   return out;
 }
 
+// Find.Execute for `needle` from the selection as it stands, as the report code calls it.
+inline bool Execute(const Word::Ptr<Word::Selection>& sel, const Word::String& needle, bool forward, bool wrap = true,
+                    bool matchCase = false) {
+  return sel->GetFind()->Execute(Variant(needle), Variant(matchCase ? 1 : 0), Variant(0), Variant(0), Variant(0),
+                                 Variant(0), Variant(forward ? 1 : 0),
+                                 Variant(wrap ? Word::wdFindContinue : Word::wdFindStop), Variant(0), Variant(0),
+                                 Variant(0), Variant(0), Variant(0), Variant(0), Variant(0));
+}
+inline bool Execute(const Word::Ptr<Word::Selection>& sel, const std::string& needle, bool forward, bool wrap = true,
+                    bool matchCase = false) {
+  return Execute(sel, Word::String(needle.begin(), needle.end()), forward, wrap, matchCase);
+}
+
 struct Session {
   Word::Ptr<Word::Application> app;
   Word::Ptr<Word::Document> doc;
@@ -150,9 +163,7 @@ struct Session {
   // The report code's tag search.
   bool FindTag(const std::string& tag, int forward = 0) {
     if (forward) sel->GoTo(Variant(Word::wdGoToHeading), Variant(Word::wdGoToPrevious));
-    return sel->GetFind()->Execute(Variant(W(tag)), Variant(0), Variant(0), Variant(0), Variant(0), Variant(0),
-                                   Variant(forward), Variant(Word::wdFindContinue), Variant(0), Variant(0), Variant(0),
-                                   Variant(0), Variant(0), Variant(0), Variant(0));
+    return Execute(sel, tag, forward != 0);
   }
   void Type(const std::string& s) { sel->TypeText(W(s)); }
   Word::Ptr<Word::Table> SelTable() { return sel->GetTables()->Item(1); }

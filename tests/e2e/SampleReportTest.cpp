@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <regex>
@@ -15,6 +16,7 @@
 #include "platform/host/fixture/StudyLoader.h"
 #include "platform/host/Utilities.h"
 #include "platform/system/MessageBox.h"
+#include "platform/system/Resources.h"
 #include "tests/support/DocxTestKit.h"
 
 namespace fs = std::filesystem;
@@ -50,7 +52,8 @@ struct Library {
 struct ProgressLog {
   int cancelAt = 0;
   int opened = 0, closed = 0, lastStep = 0, total = 0;
-  static int Callback(void* context, int event, int step, int totalSteps, const char16_t*) {
+  std::vector<std::u16string> steps;
+  static int Callback(void* context, int event, int step, int totalSteps, const char16_t* text) {
     auto* log = static_cast<ProgressLog*>(context);
     if (event == kZpProgressOpened) {
       ++log->opened;
@@ -59,6 +62,7 @@ struct ProgressLog {
       ++log->closed;
     } else {
       log->lastStep = step;
+      log->steps.push_back(text ? text : u"");
       return log->cancelAt != 0 && step >= log->cancelAt ? 1 : 0;
     }
     return 0;
@@ -105,9 +109,9 @@ struct AddIn {
   }
 
   CZPNewReportOptions& Options() { return *static_cast<CZPNewReportOptions*>(options); }
-  void Exclude(int kind) {
+  void Exclude(int kind, int included = 0) {
     for (COVBaseReportSection* s : Options().GetFormat(0)->GetSections())
-      if (s->m_sectionType == kind) s->m_included = 0;
+      if (s->m_sectionType == kind || kind < 0) s->m_included = included;
   }
   std::string Generate(const char* name, const std::string& folder) {
     CString dir(folder), reportName(name);
@@ -234,6 +238,34 @@ TEST(SampleReport, CancelLeavesNoFileAndAFailingSaveNoPartialFile) {
     addIn.Generate("Nowhere", addIn.out.File("missing"));
     EXPECT_FALSE(fs::exists(addIn.out.File("missing")));
     EXPECT_TRUE(addIn.FilesIn(addIn.out.Path()).empty());
+  }
+}
+
+TEST(SampleReport, ProgressStepsAreTheHeaderTheSectionsIncludedWithOneAndTheSave) {
+  ASSERT_NE(Library::Get().handle, nullptr) << dlerror();
+  {  // Every section left out: the cover and the page headers, in two steps, no tag left.
+    AddIn addIn;
+    addIn.Exclude(-1);
+    const std::string path = addIn.Generate("Bare", addIn.out.Path());
+    ASSERT_TRUE(fs::exists(path));
+    EXPECT_EQ(addIn.progress.total, 2);
+    EXPECT_EQ(addIn.progress.steps, (std::vector<std::u16string>{u"Header Information", ZpCommonString(55280)}));
+    const std::string body = docxtest::BodyText(path);
+    EXPECT_TRUE(Has(body, "Static 1"));
+    EXPECT_TRUE(TagsIn(body).empty()) << body;
+  }
+  {  // A section included with 2 is walked but not counted: it takes the step of kind 18, which
+     // counts but is not walked in a study report.
+    AddIn addIn;
+    addIn.Exclude(kSectionUnits, 2);
+    int counted = 0;
+    for (COVBaseReportSection* s : addIn.Options().GetFormat(0)->GetSections()) counted += s->m_included == 1;
+    const std::string path = addIn.Generate("Two", addIn.out.Path());
+    EXPECT_EQ(addIn.progress.total, counted + 2);
+    EXPECT_EQ(static_cast<int>(addIn.progress.steps.size()), counted + 2);
+    const std::u16string units = addIn.Options().GetFormat(0)->GetSection(kSectionUnits)->m_title;
+    EXPECT_NE(std::find(addIn.progress.steps.begin(), addIn.progress.steps.end(), units), addIn.progress.steps.end());
+    EXPECT_FALSE(Has(docxtest::BodyText(path), "<Header_Units/>"));
   }
 }
 

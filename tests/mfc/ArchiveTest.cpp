@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <sys/file.h>
 #include <fcntl.h>
@@ -8,6 +7,7 @@
 
 #include "platform/mfc/Afx.h"
 #include "tests/support/ArchiveBytes.h"
+#include "tests/support/DocxTestKit.h"
 
 namespace {
 
@@ -137,19 +137,9 @@ TEST(ArchiveObjects, StringListAndMapRoundTrip) {
   EXPECT_EQ(v, _T("v"));
 }
 
-class TempDir : public ::testing::Test {
-protected:
-  void SetUp() override {
-    char tmpl[] = "/tmp/zp_mfc_XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    m_dir = tmpl;
-  }
-  void TearDown() override { std::filesystem::remove_all(m_dir); }
-  std::string m_dir;
-};
-
-TEST_F(TempDir, FileArchiveRoundTripWithBackslashPaths) {
-  CString path = FromUtf8(m_dir) + _T("\\data.bin");
+TEST(FileArchive, RoundTripWithBackslashPaths) {
+  docxtest::TempDir dir;
+  CString path = FromUtf8(dir.Path()) + _T("\\data.bin");
   {
     CFile file;
     ASSERT_TRUE(file.Open(path, CFile::modeCreate | CFile::modeWrite));
@@ -158,7 +148,7 @@ TEST_F(TempDir, FileArchiveRoundTripWithBackslashPaths) {
     ar.Close();
     file.Close();
   }
-  EXPECT_TRUE(std::filesystem::exists(m_dir + "/data.bin"));
+  EXPECT_TRUE(std::filesystem::exists(dir.File("data.bin")));
   CFile file(path, CFile::modeRead);
   EXPECT_EQ(file.GetLength(), 100u * (4 + 4 + 10));
   CArchive ar(&file, CArchive::load, 16);
@@ -173,15 +163,17 @@ TEST_F(TempDir, FileArchiveRoundTripWithBackslashPaths) {
   EXPECT_THROW(ar >> extra, CArchiveException);
 }
 
-TEST_F(TempDir, OpenFailuresAndExclusiveShare) {
+TEST(FileArchive, OpenFailuresAndExclusiveShare) {
+  docxtest::TempDir dir;
+  const std::string folder = dir.Path();
   CFile file;
   CFileException error;
-  EXPECT_FALSE(file.Open(FromUtf8(m_dir + "/missing"), CFile::modeRead, &error));
+  EXPECT_FALSE(file.Open(FromUtf8(folder + "/missing"), CFile::modeRead, &error));
   EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
-  EXPECT_FALSE(file.Open(FromUtf8(m_dir), CFile::modeRead, &error));
-  EXPECT_THROW(CFile(FromUtf8(m_dir + "/missing"), CFile::modeRead), CFileException);
+  EXPECT_FALSE(file.Open(FromUtf8(folder), CFile::modeRead, &error));
+  EXPECT_THROW(CFile(FromUtf8(folder + "/missing"), CFile::modeRead), CFileException);
 
-  std::string p = m_dir + "/locked";
+  std::string p = folder + "/locked";
   int fd = ::open(p.c_str(), O_CREAT | O_RDWR, 0644);
   ASSERT_GE(fd, 0);
   ASSERT_EQ(::flock(fd, LOCK_EX), 0);

@@ -7,44 +7,10 @@
 
 namespace {
 
-TEST(CStringBasics, ConvertsToAndFromStdStringsAndPointers) {
-  CString a = _T("Abc");
-  std::u16string s = a;  // implicit, no ambiguity
-  std::u16string s2(a);
-  const char16_t* p = a;
-  EXPECT_EQ(s, u"Abc");
-  EXPECT_EQ(s2, u"Abc");
-  EXPECT_EQ(std::u16string_view(p), u"Abc");
-  CString b = std::u16string(u"xy");
-  EXPECT_EQ(b.GetLength(), 2);
-  EXPECT_TRUE(CString().IsEmpty());
+TEST(CStringBasics, ConstructsComparesAndServesAsAKey) {
   EXPECT_EQ(CString(static_cast<const char16_t*>(nullptr)), _T(""));
   EXPECT_EQ(CString(u'-', 3), _T("---"));
   EXPECT_EQ(CString("h\xC3\xA9llo"), _T("h\u00E9llo"));
-}
-
-TEST(CStringBasics, ConcatenationAndComparison) {
-  CString a = _T("Study");
-  CString r = a + _T("-") + CString(_T("1"));
-  EXPECT_EQ(r, _T("Study-1"));
-  EXPECT_EQ(_T("x") + a, _T("xStudy"));
-  EXPECT_EQ(a + u'!', _T("Study!"));
-  EXPECT_EQ(a + std::u16string(u"2"), _T("Study2"));
-  r += _T("a");
-  r += u'b';
-  r += std::u16string(u"c");
-  EXPECT_EQ(r, _T("Study-1abc"));
-  EXPECT_TRUE(a == std::u16string(u"Study"));
-  EXPECT_TRUE(_T("Study") == a);
-  EXPECT_FALSE(a != _T("Study"));
-  EXPECT_TRUE(CString(_T("a")) < CString(_T("b")));
-  std::map<CString, int> m{{_T("b"), 2}, {_T("a"), 1}};
-  EXPECT_EQ(m.begin()->first, _T("a"));
-  std::unordered_set<CString> set{_T("q")};
-  EXPECT_EQ(set.count(_T("q")), 1u);
-}
-
-TEST(CStringBasics, CompareAndCompareNoCase) {
   CString a = _T("Report");
   EXPECT_EQ(a.Compare(_T("Report")), 0);
   EXPECT_LT(a.Compare(_T("Reports")), 0);
@@ -53,64 +19,56 @@ TEST(CStringBasics, CompareAndCompareNoCase) {
   EXPECT_NE(a.CompareNoCase(_T("rEPORTs")), 0);
   EXPECT_EQ(CString(_T("\u00C9T\u00C9")).CompareNoCase(_T("\u00E9t\u00E9")), 0);
   EXPECT_EQ(CString(_T("\u0414")).CompareNoCase(_T("\u0434")), 0);
+  std::map<CString, int> m{{_T("b"), 2}, {_T("a"), 1}};
+  EXPECT_EQ(m.begin()->first, _T("a"));
+  std::unordered_set<CString> set{_T("q")};
+  EXPECT_EQ(set.count(_T("q")), 1u);
 }
 
-TEST(CStringPieces, MidLeftRightClampLikeTheFramework) {
+TEST(CStringPieces, ClampLikeTheFrameworkAndFind) {
   CString s = _T("abcdef");
-  EXPECT_EQ(s.Left(2), _T("ab"));
   EXPECT_EQ(s.Left(100), _T("abcdef"));
   EXPECT_EQ(s.Left(-1), _T(""));
   EXPECT_EQ(s.Right(2), _T("ef"));
   EXPECT_EQ(s.Right(100), _T("abcdef"));
   EXPECT_EQ(s.Mid(2), _T("cdef"));
-  EXPECT_EQ(s.Mid(2, 2), _T("cd"));
   EXPECT_EQ(s.Mid(4, 10), _T("ef"));
   EXPECT_EQ(s.Mid(10), _T(""));
   EXPECT_EQ(s.Mid(-3, 2), _T("ab"));
   EXPECT_EQ(s.SpanIncluding(_T("abx")), _T("ab"));
   EXPECT_EQ(s.SpanExcluding(_T("dx")), _T("abc"));
-}
 
-TEST(CStringPieces, FindAndReverseFind) {
-  CString s = _T("Plot1 (Results) (x)");
-  EXPECT_EQ(s.Find(u'('), 6);
-  EXPECT_EQ(s.Find(u'(', 7), 16);
-  EXPECT_EQ(s.Find(u'(', 100), -1);
-  EXPECT_EQ(s.Find(_T("Res")), 7);
-  EXPECT_EQ(s.Find(_T("zz")), -1);
-  EXPECT_EQ(s.Find(_T(""), 3), 3);
-  EXPECT_EQ(s.ReverseFind(u'('), 16);
-  EXPECT_EQ(s.ReverseFind(u'#'), -1);
-  EXPECT_EQ(s.FindOneOf(_T(")(")), 6);
-  EXPECT_EQ(s.Left(s.Find(u'(')), _T("Plot1 "));
-}
+  CString p = _T("Plot1 (Results) (x)");
+  EXPECT_EQ(p.Find(u'('), 6);
+  EXPECT_EQ(p.Find(u'(', 7), 16);
+  EXPECT_EQ(p.Find(u'(', 100), -1);
+  EXPECT_EQ(p.Find(_T("Res")), 7);
+  EXPECT_EQ(p.Find(_T("zz")), -1);
+  EXPECT_EQ(p.Find(_T(""), 3), 3);
+  EXPECT_EQ(p.ReverseFind(u'('), 16);
+  EXPECT_EQ(p.ReverseFind(u'#'), -1);
+  EXPECT_EQ(p.FindOneOf(_T(")(")), 6);
 
-TEST(CStringPieces, Tokenize) {
-  CString s = _T(";a;;bc;");
+  CString t = _T(";a;;bc;");
   int pos = 0;
-  EXPECT_EQ(s.Tokenize(_T(";"), pos), _T("a"));
-  EXPECT_EQ(s.Tokenize(_T(";"), pos), _T("bc"));
-  EXPECT_EQ(s.Tokenize(_T(";"), pos), _T(""));
+  EXPECT_EQ(t.Tokenize(_T(";"), pos), _T("a"));
+  EXPECT_EQ(t.Tokenize(_T(";"), pos), _T("bc"));
+  EXPECT_EQ(t.Tokenize(_T(";"), pos), _T(""));
   EXPECT_EQ(pos, -1);
 }
 
-TEST(CStringEdit, TrimFamily) {
+TEST(CStringEdit, TrimCaseReplaceInsertDeleteAndBuffers) {
   CString s = _T(" \t a b \r\n");
   EXPECT_EQ(CString(s).Trim(), _T("a b"));
   EXPECT_EQ(CString(s).TrimLeft(), _T("a b \r\n"));
   EXPECT_EQ(CString(s).TrimRight(), _T(" \t a b"));
   EXPECT_EQ(CString(_T("xxaxx")).Trim(u'x'), _T("a"));
   EXPECT_EQ(CString(_T("\\path\\")).TrimRight(_T("\\/")), _T("\\path"));
-  EXPECT_EQ(CString(_T("   ")).Trim(), _T(""));
   EXPECT_EQ(CString(_T("\u3000x\u00A0")).Trim(), _T("x"));
-}
 
-TEST(CStringEdit, CaseReplaceInsertDelete) {
-  CString s = _T("Hello \u00E9\u0107");
-  s.MakeUpper();
-  EXPECT_EQ(s, _T("HELLO \u00C9\u0106"));
-  s.MakeLower();
-  EXPECT_EQ(s, _T("hello \u00E9\u0107"));
+  CString u = _T("Hello \u00E9\u0107");
+  EXPECT_EQ(u.MakeUpper(), _T("HELLO \u00C9\u0106"));
+  EXPECT_EQ(u.MakeLower(), _T("hello \u00E9\u0107"));
   CString r = _T("a.b.c");
   EXPECT_EQ(r.Replace(_T("."), _T("::")), 2);
   EXPECT_EQ(r, _T("a::b::c"));
@@ -122,35 +80,27 @@ TEST(CStringEdit, CaseReplaceInsertDelete) {
   EXPECT_EQ(overlap, _T("bb"));
   CString d = _T("abcdef");
   EXPECT_EQ(d.Delete(1, 2), 4);
-  EXPECT_EQ(d, _T("adef"));
   EXPECT_EQ(d.Delete(3, 100), 3);
   EXPECT_EQ(d.Insert(1, _T("XY")), 5);
-  EXPECT_EQ(d, _T("aXYde"));
   EXPECT_EQ(d.Insert(99, u'!'), 6);
   EXPECT_EQ(d, _T("aXYde!"));
   EXPECT_EQ(d.Remove(u'X'), 1);
   EXPECT_EQ(CString(_T("abc")).MakeReverse(), _T("cba"));
-}
 
-TEST(CStringEdit, GetAtSetAtAndBuffers) {
-  CString s = _T("abc");
-  EXPECT_EQ(s[1], u'b');
-  EXPECT_EQ(s.GetAt(2), u'c');
-  s.SetAt(0, u'X');
-  EXPECT_EQ(s, _T("Xbc"));
-  EXPECT_THROW(s.GetAt(3), CInvalidArgException);
-  EXPECT_THROW(s.SetAt(-1, u'a'), CInvalidArgException);
-  char16_t* buf = s.GetBuffer(10);
+  CString g = _T("abc");
+  g.SetAt(0, u'X');
+  EXPECT_EQ(g, _T("Xbc"));
+  EXPECT_THROW(g.GetAt(3), CInvalidArgException);
+  EXPECT_THROW(g.SetAt(-1, u'a'), CInvalidArgException);
+  char16_t* buf = g.GetBuffer(10);
   buf[0] = u'Q';
   buf[1] = 0;
-  s.ReleaseBuffer();
-  EXPECT_EQ(s, _T("Q"));
+  g.ReleaseBuffer();
+  EXPECT_EQ(g, _T("Q"));
 }
 
-TEST(CStringFormat, IntegersAndWidths) {
+TEST(CStringFormat, IntegersFloatsStringsAndWidths) {
   CString s;
-  s.Format(_T("%s-%d"), CString(_T("S")), 3);
-  EXPECT_EQ(s, _T("S-3"));
   s.Format(_T("[%5d|%-5d|%05d|%+d]"), 42, 42, 42, 42);
   EXPECT_EQ(s, _T("[   42|42   |00042|+42]"));
   s.Format(_T("%u %x %X %o"), 4294967295u, 255, 255, 8);
@@ -159,14 +109,8 @@ TEST(CStringFormat, IntegersAndWidths) {
   EXPECT_EQ(s, _T("4294967295"));
   s.Format(_T("%ld %lld %I64d %hd"), 5L, 6LL, 7LL, static_cast<short>(8));
   EXPECT_EQ(s, _T("5 6 7 8"));
-  s.Format(_T("%*d|%.*f"), 4, 7, 2, 1.0 / 3);
-  EXPECT_EQ(s, _T("   7|0.33"));
-  s.Format(_T("100%%"));
-  EXPECT_EQ(s, _T("100%"));
-}
-
-TEST(CStringFormat, FloatsAndStrings) {
-  CString s;
+  s.Format(_T("%*d|%.*f|100%%"), 4, 7, 2, 1.0 / 3);
+  EXPECT_EQ(s, _T("   7|0.33|100%"));
   s.Format(_T("%f %.2f %g %g %e"), 1.5, 2.345, 0.0001, 1e20, 12345.0);
   EXPECT_EQ(s, _T("1.500000 2.35 0.0001 1e+20 1.234500e+04"));
   s.Format(_T("%ls|%hs|%S|%s|%s"), _T("wide"), "narrow", _T("S"), std::u16string(u"u16"), L"w\u00E9");
@@ -177,9 +121,7 @@ TEST(CStringFormat, FloatsAndStrings) {
   EXPECT_EQ(s, _T("\u00E9xA"));
   s.Format(_T("%s"), static_cast<const char16_t*>(nullptr));
   EXPECT_EQ(s, _T("(null)"));
-  CString fmt = _T("%s%d/>");
-  s.Format(fmt, _T("<Stem"), 2);
-  EXPECT_EQ(s, _T("<Stem2/>"));
+  s.Format(CString(_T("%s%d/>")), CString(_T("<Stem")), 2);
   s.AppendFormat(_T("{%d}"), 1);
   EXPECT_EQ(s, _T("<Stem2/>{1}"));
 }
@@ -201,7 +143,6 @@ TEST(CStringUtf8, RoundTripAndInvalidInput) {
   std::string u = ToUtf8(s);
   EXPECT_EQ(u, "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
   EXPECT_EQ(FromUtf8(u), s);
-  EXPECT_EQ(s.ToUtf8(), u);
   EXPECT_EQ(FromUtf8("\xFF" "a\xC3"), _T("\uFFFDa\uFFFD"));
   EXPECT_EQ(ToUtf8(std::u16string(1, char16_t(0xD800))), "\xEF\xBF\xBD");
   EXPECT_EQ(FromCodePage1252("\x80\xE9"), _T("\u20AC\u00E9"));

@@ -44,21 +44,12 @@ TEST(DefaultLayouts, KindsInListOrderForEveryStudyType) {
 }
 
 TEST(DefaultLayouts, TheLoadsSectionTakesTheTitleOfItsStudyType) {
-  CZPNewReportFormat thermal(3);
-  thermal.InitListDefaultFormat(3);
-  ASSERT_EQ(thermal.GetSectionCount(), 14);
-  auto it = thermal.GetSections().begin();
-  std::advance(it, 6);
-  EXPECT_EQ((*it)->getType(), 6);
-  EXPECT_EQ((*it)->m_title, ZpCommonString(50635));
-  EXPECT_EQ((*it)->m_titleDefault, ZpCommonString(50635));
-  for (auto [type, title] : {std::pair{4, 54969u}, std::pair{7, 55046u}, std::pair{0, 54933u}}) {
+  for (auto [type, title] : {std::pair{3, 50635u}, std::pair{4, 54969u}, std::pair{7, 55046u}, std::pair{0, 54933u}}) {
     CZPNewReportFormat f(type);
     f.InitListDefaultFormat(type);
     EXPECT_EQ(f.GetSection(6)->m_title, ZpCommonString(title)) << type;
     EXPECT_EQ(f.GetSection(6)->m_titleDefault, ZpCommonString(title)) << type;
   }
-  EXPECT_NE(ZpCommonString(50635), ZpCommonString(54933));
 }
 
 TEST(DefaultLayouts, AFormatThatHasASectionIsLeftAlone) {

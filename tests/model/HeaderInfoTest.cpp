@@ -15,18 +15,6 @@ public:
   CString m_folder;
 };
 
-TEST(HeaderInfo, DefaultsAndCopies) {
-  CZPReportHeaderInfo h;
-  EXPECT_EQ(h.m_reportFolder, TempFolderPath());
-  EXPECT_EQ(h.m_logoOn + h.m_designerOn + h.m_companyOn + h.m_addressOn + h.m_phoneOn + h.m_faxOn + h.m_emailOn, 0);
-  EXPECT_TRUE(h.m_company.IsEmpty());
-  h.m_company = _T("A");
-  CZPReportHeaderInfo copy(h);
-  copy.m_company = _T("B");
-  EXPECT_EQ(h.m_company, _T("A"));
-  EXPECT_EQ(copy.m_reportFolder, h.m_reportFolder);
-}
-
 TEST(HeaderInfo, ReportFolderByPublishOption) {
   ResultFolderHost host;
   HostScope scope(host);

@@ -3,7 +3,6 @@
 // versions put back after each test, and byte helpers (StoreBytes: tests/support/ArchiveBytes.h).
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,6 +14,7 @@
 #include "platform/mfc/Afx.h"
 #include "platform/system/MessageBox.h"
 #include "tests/support/ArchiveBytes.h"
+#include "tests/support/DocxTestKit.h"
 
 namespace zptest {
 
@@ -26,17 +26,10 @@ const std::type_info& ClassOf(const T* p) {
 
 class ModelTest : public ::testing::Test {
 protected:
-  void SetUp() override {
-    char tmpl[] = "/tmp/zp_model_XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    m_dir = tmpl;
-    m_appData = m_dir + "/appdata";
-    zpUtilities_c::SetOVAppDataFolder(FromUtf8(m_appData));
-  }
+  void SetUp() override { zpUtilities_c::SetOVAppDataFolder(FromUtf8(m_appData)); }
   void TearDown() override {
     EXPECT_EQ(m_box.Count(), 0u) << "the model shows no messages";
     zpUtilities_c::SetOVAppDataFolder(CString());
-    std::filesystem::remove_all(m_dir);
   }
 
   std::string FormatsPath() const { return m_appData + "/studyReportFormats"; }
@@ -50,8 +43,9 @@ protected:
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   }
 
-  std::string m_dir;
-  std::string m_appData;
+  docxtest::TempDir m_temp;
+  std::string m_dir = m_temp.Path();
+  std::string m_appData = m_dir + "/appdata";
   ScopedMessageBox m_box;
 };
 

@@ -11,6 +11,7 @@
 #include <set>
 #include <vector>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -20,6 +21,10 @@
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
+
+#define STB_IMAGE_STATIC
+#define STB_IMAGE_IMPLEMENTATION
+#include "platform/system/StbImage.h"
 
 namespace docxtest {
 
@@ -74,6 +79,11 @@ void WriteFile(const std::string& path, const std::string& bytes) {
   std::ofstream out(path, std::ios::binary);
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   if (!out) throw std::runtime_error("cannot write " + path);
+}
+
+std::string FileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 namespace {
@@ -246,15 +256,44 @@ std::string CharacterFault(const std::string& xml) {
 }
 }  // namespace
 
+std::vector<std::string> PartNames(const std::string& path) {
+  std::vector<std::string> names;
+  int err = 0;
+  zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &err);
+  if (!z) return names;
+  for (zip_int64_t i = 0, count = zip_get_num_entries(z, 0); i < count; ++i)
+    names.push_back(zip_get_name(z, static_cast<zip_uint64_t>(i), 0));
+  zip_close(z);
+  return names;
+}
+
+std::map<std::string, ZipEntry> ZipEntries(const std::string& path) {
+  std::map<std::string, ZipEntry> out;
+  int err = 0;
+  zip_t* z = zip_open(path.c_str(), ZIP_RDONLY | ZIP_CHECKCONS, &err);
+  if (!z) return out;
+  for (zip_int64_t i = 0, n = zip_get_num_entries(z, 0); i < n; ++i) {
+    zip_stat_t st;
+    zip_stat_index(z, static_cast<zip_uint64_t>(i), 0, &st);
+    ZipEntry e;
+    e.method = st.comp_method;
+    e.bytes.resize(st.size);
+    zip_file_t* f = zip_fopen_index(z, static_cast<zip_uint64_t>(i), 0);
+    if (f && st.size) zip_fread(f, e.bytes.data(), st.size);
+    if (f) zip_fclose(f);
+    out[st.name] = std::move(e);
+  }
+  zip_close(z);
+  return out;
+}
+
 std::vector<std::string> XmlFaults(const std::string& path) {
   std::vector<std::string> faults;
   int err = 0;
   zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &err);
   if (!z) return {"cannot open " + path};
-  std::vector<std::string> names;
-  for (zip_int64_t i = 0, count = zip_get_num_entries(z, 0); i < count; ++i) names.push_back(zip_get_name(z, static_cast<zip_uint64_t>(i), 0));
   zip_close(z);
-  for (const std::string& name : names) {
+  for (const std::string& name : PartNames(path)) {
     if (!(name.size() > 4 && (name.ends_with(".xml") || name.ends_with(".rels")))) continue;
     const std::string xml = ReadPart(path, name);
     if (std::string fault = CharacterFault(xml); !fault.empty()) faults.push_back(name + ": " + fault);
@@ -459,6 +498,28 @@ std::string MakeJpeg(int w, int h, int dpi) {
   j += std::string("\xFF\xDA\x00\x08\x01\x01\x00\x00\x3F\x00", 10) + std::string(16, '\0');
   j += "\xFF\xD9";
   return j;
+}
+
+std::string MakePngClaiming(std::uint32_t w, std::uint32_t h) {
+  std::string png = MakePng(2, 2);
+  for (int k = 0; k < 4; ++k) {
+    png[16 + k] = static_cast<char>(w >> (24 - 8 * k));
+    png[20 + k] = static_cast<char>(h >> (24 - 8 * k));
+  }
+  return png;
+}
+
+std::vector<unsigned char> Pixels(const std::string& bytes, int channels, int* w, int* h, int* n) {
+  int width = 0, height = 0, had = 0;
+  unsigned char* px = stbi_load_from_memory(reinterpret_cast<const unsigned char*>(bytes.data()),
+                                            static_cast<int>(bytes.size()), &width, &height, &had, channels);
+  if (w) *w = width;
+  if (h) *h = height;
+  if (n) *n = had;
+  if (!px) return {};
+  std::vector<unsigned char> out(px, px + static_cast<std::size_t>(width) * height * (channels ? channels : had));
+  stbi_image_free(px);
+  return out;
 }
 
 }  // namespace docxtest

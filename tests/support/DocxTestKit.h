@@ -1,6 +1,7 @@
 #pragma once
 // Test utilities for documents: build a small package from XML text, read parts
 // and text back, and convert with LibreOffice as a second reader.
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -45,6 +46,14 @@ std::string Runs(std::initializer_list<std::string> texts);  // one paragraph, o
 // The bytes of one part of a package ("word/document.xml"); empty when missing.
 std::string ReadPart(const std::string& path, const std::string& part);
 bool HasPart(const std::string& path, const std::string& part);
+// The names of the entries of a package, in the archive's order; empty when it cannot be read.
+std::vector<std::string> PartNames(const std::string& path);
+// Every entry of a package (checked for consistency): name -> compression method and bytes.
+struct ZipEntry {
+  int method = -1;
+  std::string bytes;
+};
+std::map<std::string, ZipEntry> ZipEntries(const std::string& path);
 // What keeps the XML parts of a package from being XML 1.0 that a strict reader takes: broken
 // UTF-8, characters XML forbids (raw or as character references), ill-formed markup. One line
 // per fault, naming the part; empty when every part is fine.
@@ -67,6 +76,14 @@ std::string MakePng(int w, int h, int dpi = 0);
 std::string MakeBmp(int w, int h, int dpi = 0);
 std::string MakeGif(int w, int h);
 std::string MakeJpeg(int w, int h, int dpi = 0);
+// A PNG whose header claims w x h pixels; its data is a token.
+std::string MakePngClaiming(std::uint32_t w, std::uint32_t h);
+// The pixels of a picture's bytes (PNG, BMP, JPEG, GIF), rows top down of `channels` bytes a
+// pixel (0: as many as the picture has); empty when it cannot be decoded.
+std::vector<unsigned char> Pixels(const std::string& bytes, int channels = 0, int* w = nullptr, int* h = nullptr,
+                                  int* n = nullptr);
 void WriteFile(const std::string& path, const std::string& bytes);
+// The bytes of a file; empty when it cannot be read.
+std::string FileBytes(const std::string& path);
 
 }  // namespace docxtest

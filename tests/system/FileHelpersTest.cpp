@@ -12,6 +12,7 @@
 #include <utime.h>
 
 #include "platform/system/FileHelpers.h"
+#include "tests/support/DocxTestKit.h"
 
 namespace fs = std::filesystem;
 
@@ -19,23 +20,17 @@ namespace {
 
 class FileHelpersTest : public ::testing::Test {
 protected:
-  void SetUp() override {
-    char tmpl[] = "/tmp/zp_sys_XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    m_dir = tmpl;
-  }
-  void TearDown() override { fs::remove_all(m_dir); }
-  // The path as the report code writes it: joined with backslashes.
+  // The path as the report code writes it: joined with backslashes (the root stays a root).
   CString P(const std::string& rel) const {
-    CString p = FromUtf8(m_dir);
-    if (!rel.empty()) p += _T("\\") + FromUtf8(rel);
+    CString p = FromUtf8(m_dir) + (rel.empty() ? CString() : _T("\\") + FromUtf8(rel));
     p.Replace(u'/', u'\\');
-    p.SetAt(0, u'/');  // keep the root a real root
+    p.SetAt(0, u'/');
     return p;
   }
   std::string N(const std::string& rel) const { return m_dir + "/" + rel; }
   void Touch(const std::string& rel) { std::ofstream(N(rel)) << "x"; }
-  std::string m_dir;
+  docxtest::TempDir m_temp;
+  const std::string m_dir = m_temp.Path();
 };
 
 TEST(Paths, NativePathTurnsBackslashes) {
@@ -131,25 +126,19 @@ TEST_F(FileHelpersTest, IsFolderAndRemoveFileIfPresent) {
   EXPECT_TRUE(fs::exists(N("dir")));
 }
 
-TEST_F(FileHelpersTest, RemoveImageFolderTakesPicturesAndTheFolder) {
+TEST_F(FileHelpersTest, RemoveImageFolderTakesPicturesAndTheFolderButNothingElse) {
   fs::create_directories(N("scratch/inner.bmp"));
-  Touch("scratch/a.bmp");
-  Touch("scratch/b.JPG");
-  Touch("scratch/inner.bmp/c.jpg");
+  for (const char* f : {"scratch/a.bmp", "scratch/b.JPG", "scratch/inner.bmp/c.jpg"}) Touch(f);
   EXPECT_TRUE(RemoveImageFolder(_T("  ") + P("scratch") + _T(" ")));
   EXPECT_FALSE(fs::exists(N("scratch")));
-}
-
-TEST_F(FileHelpersTest, RemoveImageFolderKeepsOtherFilesAndTheFolder) {
+  // Other files keep the folder.
   fs::create_directories(N("scratch"));
   Touch("scratch/a.bmp");
   Touch("scratch/keep.png");
   EXPECT_FALSE(RemoveImageFolder(P("scratch")));
   EXPECT_FALSE(fs::exists(N("scratch/a.bmp")));
   EXPECT_TRUE(fs::exists(N("scratch/keep.png")));
-}
-
-TEST_F(FileHelpersTest, RemoveImageFolderLeavesHiddenFoldersFilesAndLinkTargets) {
+  // Hidden folders and files are left.
   fs::create_directories(N(".hidden"));
   Touch(".hidden/a.bmp");
   EXPECT_FALSE(RemoveImageFolder(P(".hidden")));
@@ -160,12 +149,11 @@ TEST_F(FileHelpersTest, RemoveImageFolderLeavesHiddenFoldersFilesAndLinkTargets)
   // A link inside the folder is removed as a link; what it points to stays.
   fs::create_directories(N("target"));
   Touch("target/precious.bmp");
-  fs::create_directories(N("scratch"));
-  fs::create_directory_symlink(N("target"), N("scratch/link.bmp"));
-  EXPECT_TRUE(RemovePath(P("scratch")));
+  fs::create_directories(N("links"));
+  fs::create_directory_symlink(N("target"), N("links/link.bmp"));
+  EXPECT_TRUE(RemovePath(P("links")));
   EXPECT_TRUE(fs::exists(N("target/precious.bmp")));
-  EXPECT_FALSE(fs::exists(N("scratch")));
-  // RemovePath on a file
+  EXPECT_FALSE(fs::exists(N("links")));
   EXPECT_TRUE(RemovePath(P("plain.bmp")));
   EXPECT_FALSE(RemovePath(P("plain.bmp")));
 }
@@ -240,15 +228,6 @@ TEST(FileNames, NamesBecomeFileNamesThatStayInTheirFolder) {
   EXPECT_FALSE(IsDirectlyInFolder(u"/out/..", u"/out"));
   EXPECT_FALSE(IsDirectlyInFolder(u"/out/", u"/out"));
   EXPECT_TRUE(IsDirectlyInFolder(u"rel/x.docx", u"rel"));
-}
-
-TEST(Guid, RegistryFormAndUnique) {
-  CString a = NewGuidString(), b = NewGuidString();
-  EXPECT_EQ(a.GetLength(), 38);
-  EXPECT_EQ(a[0], u'{');
-  EXPECT_EQ(a[37], u'}');
-  EXPECT_EQ(a[9], u'-');
-  EXPECT_NE(a, b);
 }
 
 TEST_F(FileHelpersTest, FileTimeTextInLocalTime) {

@@ -10,18 +10,6 @@
 
 namespace {
 
-TEST(Resources, EnglishTableIsCompiledIn) {
-  CString caption;
-  ZpLoadCommonString(caption, 54901);
-  EXPECT_FALSE(caption.IsEmpty());
-  EXPECT_EQ(ZpCommonString(50563), _T("Description"));
-  EXPECT_TRUE(HasCommonString(55015));
-  CString text = _T("stale");
-  ZpLoadCommonString(text, 1);
-  EXPECT_EQ(text, _T("")) << "an unknown number gives an empty text";
-  EXPECT_FALSE(HasCommonString(1));
-}
-
 TEST(Resources, CompiledTableMatchesTheReadableFile) {
   std::ifstream in(std::string(ZP_SOURCE_DIR) + "/resources/strings.en.tsv", std::ios::binary);
   ASSERT_TRUE(in);
@@ -30,6 +18,11 @@ TEST(Resources, CompiledTableMatchesTheReadableFile) {
   auto table = ParseStringTable(data.str());
   EXPECT_GT(table.size(), 200u);
   for (const auto& [id, text] : table) EXPECT_EQ(ZpCommonString(id), text) << id;
+  EXPECT_TRUE(HasCommonString(55015));
+  CString text = _T("stale");
+  ZpLoadCommonString(text, 1);
+  EXPECT_EQ(text, _T("")) << "an unknown number gives an empty text";
+  EXPECT_FALSE(HasCommonString(1));
   // Ten format names, one per study type, all different.
   for (unsigned t = 0; t < 10; ++t) {
     EXPECT_FALSE(ZpCommonString(54970 + t).IsEmpty());
@@ -89,22 +82,6 @@ TEST(MessageBoxes, ReportBoxesHaveTheCaptionAndTheStyle) {
   EXPECT_EQ(box.Count(), 4u);
   box.Clear();
   EXPECT_EQ(box.Count(), 0u);
-}
-
-TEST(MessageBoxes, ScopedBoxesNestAndRestore) {
-  IMessageBox* before = &CurrentMessageBox();
-  {
-    ScopedMessageBox outer;
-    {
-      ScopedMessageBox inner;
-      inner.SetDefaultAnswer(IDNO);
-      EXPECT_EQ(ShowMessageText(_T("q"), MB_YESNO), IDNO);
-      EXPECT_EQ(outer.Count(), 0u);
-    }
-    ShowMessageText(_T("r"));
-    EXPECT_EQ(outer.Count(), 1u);
-  }
-  EXPECT_EQ(&CurrentMessageBox(), before);
 }
 
 TEST(MessageBoxes, ScriptedBoxRecordsFromOtherThreads) {

@@ -4,7 +4,6 @@
 
 #include "core/DocumentPrimitives.h"
 #include "model/Sections.h"
-#include "platform/docx/Engine.h"
 #include "platform/host/HostServices.h"
 #include "platform/system/Time.h"
 #include "tests/writers/WriterKit.h"
@@ -36,27 +35,16 @@ std::string DesignBody() {
          Cell("<Modified_row1/>") + "</w:tr></w:tbl>" + docxtest::P("");
 }
 
-// Runs the writer on the document and gives the body read back.
+// Runs the writer on a document of that shape and gives the body read back.
 void WriteDesignDocuments(DocumentsHost& host, pugi::xml_document& doc) {
   docxtest::TempDir dir;
   docxtest::DocxParts package;
   package.body = DesignBody();
-  const std::string input = dir.File("design.docx");
-  docxtest::WriteDocx(input, package);
-
+  docxtest::WriteDocx(dir.File("design.docx"), package);
   HostScope scope(host);
-  docx::RegisterWordApplication();
-  auto app = Word::CreateInstance(u"Word.Application");
-  auto document = app->GetDocuments()->Add(Word::Variant(Word::String(FromUtf8(input))));
-  CZPNewReportSectionModelInformation section;
-  section.UpdateDetailsInWordDoc(app->GetSelection());
-  const std::string output = dir.File("out.docx");
-  document->SaveAs(Word::Variant(Word::String(FromUtf8(output))), Word::Variant::I2(Word::wdFormatDocumentDefault));
-  document->Close(Word::Variant::I2(Word::wdDoNotSaveChanges));
-  app->Quit();
-
-  const std::string xml = docxtest::ReadPart(output, "word/document.xml");
-  doc.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata);
+  WriteInDocument(dir.File("design.docx"), [](SelectionPtr selection) {
+    CZPNewReportSectionModelInformation().UpdateDetailsInWordDoc(selection);
+  }, doc);
 }
 
 TEST(DesignModelInformation, OneRowPerDocumentWithItsFileTime) {

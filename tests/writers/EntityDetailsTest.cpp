@@ -5,7 +5,6 @@
 #include "tests/writers/WriterKit.h"
 #include "core/DocumentPrimitives.h"
 #include "model/Sections.h"
-#include "platform/docx/Engine.h"
 
 using namespace wtest;
 
@@ -16,29 +15,15 @@ using TableText = std::vector<std::vector<std::string>>;
 // Writes `text` at the details tag of a document made from the template and gives the rows
 // of the details table.
 TableText WriteDetails(const std::string& text) {
-  docx::RegisterWordApplication();
-  auto app = Word::CreateInstance(u"Word.Application");
-  const std::string templatePath = std::string(ZP_BINARY_DIR) + "/templates/SimulationReportTemplate_2007.dotx";
-  auto document = app->GetDocuments()->Add(Word::Variant(Word::String(FromUtf8(templatePath))));
-  SelectionPtr selection = app->GetSelection();
-  EXPECT_TRUE(FindTag(selection, u"<Details_Fixture/>", 0));
-
-  CZPNewReportSection section(kSectionLoadsFixtures, 54933);
-  section.UpdateEntityDetails(selection, FromUtf8(text));
-
-  docxtest::TempDir out;
-  const std::string path = out.File("details.docx");
-  document->SaveAs(Word::Variant(Word::String(FromUtf8(path))), Word::Variant::I2(Word::wdFormatDocumentDefault));
-  document->Close(Word::Variant::I2(Word::wdDoNotSaveChanges));
-  app->Quit();
-
   pugi::xml_document doc;
-  const std::string xml = docxtest::ReadPart(path, "word/document.xml");
-  doc.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata);
+  WriteInDocument(std::string(ZP_BINARY_DIR) + "/templates/SimulationReportTemplate_2007.dotx",
+                  [&](SelectionPtr selection) {
+                    EXPECT_TRUE(FindTag(selection, u"<Details_Fixture/>", 0));
+                    CZPNewReportSection(kSectionLoadsFixtures, 54933).UpdateEntityDetails(selection, FromUtf8(text));
+                  }, doc);
   pugi::xml_node fixtures = TableWith(doc.child("w:document").child("w:body"), "<FixtName/>");
   // The details table is the one nested in the fixtures' item row, third cell.
-  pugi::xml_node itemRow = Rows(fixtures).at(1);
-  pugi::xml_node detailsCell = itemRow.child("w:tc").next_sibling("w:tc").next_sibling("w:tc");
+  pugi::xml_node detailsCell = Rows(fixtures).at(1).child("w:tc").next_sibling("w:tc").next_sibling("w:tc");
   TableText rows;
   for (pugi::xml_node row : Rows(detailsCell.child("w:tbl"))) rows.push_back(CellTexts(row));
   return rows;

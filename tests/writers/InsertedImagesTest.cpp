@@ -17,7 +17,8 @@ TEST(InsertedImages, EachImageGetsItsOwnTableInListOrderAndTheTemplateGoes) {
        {"caption", "Stress at the root"}, {"comment", "Peak at the fillet."}},
       {{"name", "Second"}, {"picture", file.Picture("second")}, {"section", "materialProperties"},
        {"caption", ""}, {"captionOn", true}, {"comment", ""}, {"commentOn", true}},
-      {{"name", "Third"}, {"picture", file.Picture("third")}, {"section", "units"}},
+      {{"name", "Third"}, {"picture", file.Picture("third")}, {"section", "units"}, {"caption", "Unused caption"},
+       {"captionOn", false}, {"comment", "Unused comment"}, {"commentOn", false}},
   };
   ReportSetup setup;
   setup.included = {kSectionMaterialProperties, kSectionUnits, kSectionResultantForces, kSectionConclusions};
@@ -46,7 +47,8 @@ TEST(InsertedImages, EachImageGetsItsOwnTableInListOrderAndTheTemplateGoes) {
   pugi::xml_node units = report->Section(kSectionUnits);
   ASSERT_TRUE(units);
   EXPECT_EQ(Pictures(units), 1);
-  EXPECT_NE(TextOf(units).find("Third"), std::string::npos);
+  EXPECT_NE(TextOf(units).find("Third"), std::string::npos);  // caption off: the name
+  EXPECT_EQ(report->Text().find("Unused"), std::string::npos);
 
   // An image included in two sections comes up in both.
   pugi::xml_node conclusions = report->Section(kSectionConclusions);

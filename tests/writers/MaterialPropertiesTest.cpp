@@ -65,6 +65,10 @@ TEST(MaterialProperties, SeveralMaterialsGetABlockAndACurveRowEach) {
     }
 
     EXPECT_EQ(Pictures(curves), curvePictures[m]);
+    // The curve row is a copy of the template's shaded label row: one cell over the three columns.
+    ASSERT_EQ(curves.select_nodes("w:tc").size(), 1u);
+    EXPECT_TRUE(curves.child("w:tc").child("w:tcPr").child("w:shd"));
+    EXPECT_STREQ(curves.child("w:tc").child("w:tcPr").child("w:gridSpan").attribute("w:val").value(), "3");
     pugi::xml_node curveTable = curves.select_node(".//w:tbl").node();
     if (curveTableRows[m] == 0) {
       EXPECT_FALSE(curveTable);
@@ -83,43 +87,25 @@ TEST(MaterialProperties, SeveralMaterialsGetABlockAndACurveRowEach) {
   EXPECT_EQ(text.find("Delta curve 7"), std::string::npos);
 }
 
-TEST(MaterialProperties, OneMaterialIsFilledInPlace) {
-  StudyFile file;
-  file.json["materials"] = {Material(file, "Steel", 2, 4, 2)};
-  auto report = Generate(file, {kSectionMaterialProperties});
-  ASSERT_TRUE(report->generated);
-  pugi::xml_node section = report->Section(kSectionMaterialProperties);
-  ASSERT_TRUE(section);
-  EXPECT_TRUE(Report::Tags(section).empty()) << TextOf(section);
-  EXPECT_EQ(Rows(MaterialTable(section)).size(), 3u);
-  EXPECT_EQ(Pictures(section), 1 + 2);
-}
-
-TEST(MaterialProperties, NoMaterialLeavesTheNoneText) {
-  StudyFile file;
-  auto report = Generate(file, {kSectionMaterialProperties});
-  ASSERT_TRUE(report->generated);
-  pugi::xml_node section = report->Section(kSectionMaterialProperties);
-  ASSERT_TRUE(section);
-  EXPECT_EQ(NestedTables(section), 0);
-  EXPECT_NE(TextOf(section).find(Str(54992)), std::string::npos);
-  EXPECT_TRUE(Report::Tags(section).empty()) << TextOf(section);
-}
-
-TEST(MaterialProperties, QuickStudyReportsShowNoCurveRows) {
-  StudyFile file;
-  file.json["materials"] = {Material(file, "Steel", 1, 1, 2), Material(file, "Brass", 1, 1, 0)};
-  ReportSetup setup;
-  setup.included = {kSectionMaterialProperties};
-  setup.wizardState = 1;
-  auto report = Generate(file, setup);
-  ASSERT_TRUE(report->generated);
-  pugi::xml_node section = report->Section(kSectionMaterialProperties);
-  ASSERT_TRUE(section);
-  EXPECT_TRUE(Report::Tags(section).empty()) << TextOf(section);
-  EXPECT_EQ(Rows(MaterialTable(section)).size(), 3u);  // heading and two block rows
-  EXPECT_EQ(Pictures(section), 2);
-  EXPECT_EQ(TextOf(section).find(Str(54988)), std::string::npos);
+TEST(MaterialProperties, OneMaterialIsFilledInPlaceAndQuickStudiesShowNoCurves) {
+  for (int quick : {0, 1}) {
+    SCOPED_TRACE(quick);
+    StudyFile file;
+    file.json["materials"] = {Material(file, "Steel", 2, 4, 2)};
+    if (quick) file.json["materials"].push_back(Material(file, "Brass", 1, 1, 0));
+    ReportSetup setup;
+    setup.included = {kSectionMaterialProperties};
+    setup.wizardState = quick;
+    auto report = Generate(file, setup);
+    ASSERT_TRUE(report->generated);
+    pugi::xml_node section = report->Section(kSectionMaterialProperties);
+    ASSERT_TRUE(section);
+    EXPECT_TRUE(Report::Tags(section).empty()) << TextOf(section);
+    // One material: heading, block and curve rows; a quick study: heading and two block rows.
+    EXPECT_EQ(Rows(MaterialTable(section)).size(), 3u);
+    EXPECT_EQ(Pictures(section), quick ? 2 : 1 + 2);
+    EXPECT_EQ(TextOf(section).find(Str(54988)) == std::string::npos, quick == 1);
+  }
 }
 
 }  // namespace

@@ -29,20 +29,6 @@ std::vector<std::string> TemplateTagsLeft(const pugi::xml_node& node, std::vecto
   return left;
 }
 
-// A pair list of the study file.
-json Pairs(std::initializer_list<std::pair<std::string, std::string>> pairs) {
-  json list = json::array();
-  for (const auto& [label, value] : pairs) list.push_back(json::array({label, value}));
-  return list;
-}
-
-// The label/value rows of the nested table that holds `text`.
-std::vector<std::vector<std::string>> TableRows(const pugi::xml_node& scope, const std::string& text) {
-  std::vector<std::vector<std::string>> rows;
-  for (pugi::xml_node row : Rows(TableWith(scope, text))) rows.push_back(CellTexts(row));
-  return rows;
-}
-
 // Each text stands in the document exactly `times` times.
 void ExpectVerbatim(const Report& report, const std::vector<std::string>& texts, int times = 1) {
   const std::string all = report.Text();
@@ -96,7 +82,7 @@ TEST(TagLookalikes, PropertyUnitForceAndBodyTablesShowThemCellByCell) {
   file.json["properties"] = {
       {"study", Pairs({{"<Label_StudyProp/>", "<Setting_StudyProp/>"}, {"<Header2_StudySetUpInfo/>", "<Setting_StudyProp2/>"}})},
       {"setupHeading", "<Header2_StudyResultOptions/>"},
-      {"setup", Pairs({{"<Label_StudyProp3/>", "<Setting_StudyProp3/> x"}})},
+      {"setup", Pairs({{"<Label_StudyProp3/>", "<Setting_StudyProp3/> x"}, {"<Label_StudyProp2/>", "<Setting_StudyProp2/>"}})},
       {"resultOptions", Pairs({{"<Label_Unit/>", "<Setting_Unit/>"}, {"r", "<Header_Units/>"}})}};
   file.json["units"] = Pairs({{"<Label_Unit/>", "<Setting_Unit/>"}, {"<Comments_Units/>", "in <Content_Units/>"}});
   file.json["resultantForces"] = {
@@ -119,9 +105,14 @@ TEST(TagLookalikes, PropertyUnitForceAndBodyTablesShowThemCellByCell) {
   EXPECT_EQ(TableRows(properties, "<Label_StudyProp/>"),
             (std::vector<std::vector<std::string>>{{"<Label_StudyProp/>", "<Setting_StudyProp/>"},
                                                    {"<Header2_StudySetUpInfo/>", "<Setting_StudyProp2/>"}}));
+  // A static study's set-up heading is the host's first string, in the table's title row, and
+  // the rows added to the set-up table are black.
   EXPECT_EQ(TableRows(properties, "<Label_StudyProp3/>"),
             (std::vector<std::vector<std::string>>{{"<Header2_StudyResultOptions/>"},
-                                                   {"<Label_StudyProp3/>", "<Setting_StudyProp3/> x"}}));
+                                                   {"<Label_StudyProp3/>", "<Setting_StudyProp3/> x"},
+                                                   {"<Label_StudyProp2/>", "<Setting_StudyProp2/>"}}));
+  EXPECT_FALSE(TableWith(properties, "<Label_StudyProp3/>").select_nodes(".//w:color[@w:val='000000']").empty());
+  EXPECT_EQ(TextOf(properties).find(Str(54923)), std::string::npos);
   EXPECT_EQ(TableRows(properties, "<Header_Units/>"),
             (std::vector<std::vector<std::string>>{{Str(51805)}, {"<Label_Unit/>", "<Setting_Unit/>"}, {"r", "<Header_Units/>"}}));
 
@@ -164,7 +155,7 @@ TEST(TagLookalikes, PropertyUnitForceAndBodyTablesShowThemCellByCell) {
 
   const std::vector<std::string> typed = {
       "<Label_StudyProp/>", "<Setting_StudyProp/>", "<Header2_StudySetUpInfo/>", "<Setting_StudyProp2/>",
-      "<Header2_StudyResultOptions/>", "<Label_StudyProp3/>", "<Setting_StudyProp3/>", "<Label_Unit/>",
+      "<Header2_StudyResultOptions/>", "<Label_StudyProp3/>", "<Setting_StudyProp3/>", "<Label_StudyProp2/>", "<Label_Unit/>",
       "<Setting_Unit/>", "<Header_Units/>", "<Comments_Units/>", "<Content_Units/>", "<L_RFSumY/>", "<L_RFSumZ/>",
       "<Header2_ReactionMoments/>", "<L_RMUnits/>", "<L_FFSumX/>", "<Header2_FreeBodyForces/>", "<L_FMSelSet/>",
       "<L_FMSumY/>", "<L_FMSumZ/>", "<L_MdIn_SldBd_Tr/>", "<MdInf_SldBd_Image/>", "<MdInf_SldBd_Nm/>",

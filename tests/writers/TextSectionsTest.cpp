@@ -1,4 +1,5 @@
-// Description, assumptions, comment blocks and conclusions, generated through the driver.
+// Description, assumptions, comment blocks and conclusions, generated through the driver (without
+// data: EmptyStudy).
 #include <gtest/gtest.h>
 
 #include "tests/writers/WriterKit.h"
@@ -41,25 +42,6 @@ TEST(TextSections, FullStudyFillsDescriptionComparisonCommentsAndConclusions) {
   EXPECT_TRUE(Report::Tags(conclusions).empty()) << TextOf(conclusions);
 
   EXPECT_TRUE(Report::Tags(report->doc.child("w:document")).empty()) << report->Text();
-}
-
-TEST(TextSections, WithoutAnalysedPictureTheComparisonGoesAndCommentsOffLeaveNoLabel) {
-  StudyFile file;  // no analysed picture: the host draws none
-  auto report = Generate(file, {kSectionAssumptions, kSectionConclusions});
-  ASSERT_TRUE(report->generated);
-
-  // An empty description shows the none text.
-  pugi::xml_node description = report->Section(Str(50563));
-  ASSERT_TRUE(description);
-  EXPECT_NE(TextOf(description).find(Str(54992)), std::string::npos);
-
-  pugi::xml_node assumptions = report->Section(kSectionAssumptions);
-  ASSERT_TRUE(assumptions);
-  EXPECT_EQ(NestedTables(assumptions), 0);
-  EXPECT_EQ(Pictures(assumptions), 0);
-  EXPECT_EQ(TextOf(assumptions).find(Str(54938)), std::string::npos);
-  EXPECT_TRUE(Report::Tags(assumptions).empty()) << TextOf(assumptions);
-  EXPECT_TRUE(Report::Tags(report->Section(kSectionConclusions)).empty());
 }
 
 TEST(TextSections, ExcludedDescriptionKeepsItsTableWithBlanksOnly) {

@@ -107,6 +107,12 @@ std::vector<std::string> CellTexts(const pugi::xml_node& row) {
   return cells;
 }
 
+std::vector<std::vector<std::string>> TableRows(const pugi::xml_node& scope, const std::string& text) {
+  std::vector<std::vector<std::string>> rows;
+  for (pugi::xml_node row : Rows(TableWith(scope, text))) rows.push_back(CellTexts(row));
+  return rows;
+}
+
 int Pictures(const pugi::xml_node& node) {
   return static_cast<int>(node.select_nodes(".//w:drawing").size());
 }
@@ -141,6 +147,27 @@ int Count(const std::string& text, const std::string& needle) {
 }
 
 std::string Str(unsigned id) { return ToUtf8(ZpCommonString(id)); }
+
+nlohmann::json Pairs(std::initializer_list<std::pair<std::string, std::string>> pairs) {
+  nlohmann::json list = nlohmann::json::array();
+  for (const auto& [label, value] : pairs) list.push_back(nlohmann::json::array({label, value}));
+  return list;
+}
+
+void WriteInDocument(const std::string& path, const std::function<void(std::shared_ptr<Word::Selection>)>& write,
+                     pugi::xml_document& saved) {
+  docx::RegisterWordApplication();
+  auto app = Word::CreateInstance(u"Word.Application");
+  auto document = app->GetDocuments()->Add(Word::Variant(Word::String(FromUtf8(path))));
+  write(app->GetSelection());
+  docxtest::TempDir out;
+  const std::string output = out.File("out.docx");
+  document->SaveAs(Word::Variant(Word::String(FromUtf8(output))), Word::Variant::I2(Word::wdFormatDocumentDefault));
+  document->Close(Word::Variant::I2(Word::wdDoNotSaveChanges));
+  app->Quit();
+  const std::string xml = docxtest::ReadPart(output, "word/document.xml");
+  saved.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata);
+}
 
 std::unique_ptr<Report> Generate(const std::string& studyPath, const ReportSetup& setup,
                                  const std::string& outDir) {

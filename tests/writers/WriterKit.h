@@ -2,6 +2,7 @@
 // Test kit of the section writers: a small study file written by the test, a report of it
 // generated through the real driver on the real template, and the finished document read
 // back from its XML.
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -12,6 +13,7 @@
 #include <pugixml.hpp>
 
 #include "platform/host/fixture/FixtureStudy.h"
+#include "platform/word/Word.h"
 #include "tests/support/DocxTestKit.h"
 
 namespace wtest {
@@ -70,6 +72,8 @@ pugi::xml_node TableWith(const pugi::xml_node& scope, const std::string& text);
 // Direct rows of a table, and the text of each direct cell of a row.
 std::vector<pugi::xml_node> Rows(const pugi::xml_node& table);
 std::vector<std::string> CellTexts(const pugi::xml_node& row);
+// The rows of the innermost table that holds `text`, each as the texts of its cells.
+std::vector<std::vector<std::string>> TableRows(const pugi::xml_node& scope, const std::string& text);
 // Pictures (w:drawing) inside a node.
 int Pictures(const pugi::xml_node& node);
 // Tables nested anywhere inside a node (the node itself not counted).
@@ -97,5 +101,13 @@ std::unique_ptr<Report> Generate(const StudyFile& file, const std::set<int>& inc
 
 // The numbered text `id`, in UTF-8.
 std::string Str(unsigned id);
+
+// A list of [label, value] pairs as the study file holds it.
+nlohmann::json Pairs(std::initializer_list<std::pair<std::string, std::string>> pairs);
+
+// Opens `path` (a template or a document) in the engine, lets `write` work on its selection,
+// saves it and gives the main story of the saved document.
+void WriteInDocument(const std::string& path, const std::function<void(std::shared_ptr<Word::Selection>)>& write,
+                     pugi::xml_document& saved);
 
 }  // namespace wtest
