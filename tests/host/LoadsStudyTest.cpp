@@ -81,25 +81,11 @@ class BadLoadsTest : public testing::TestWithParam<BadCase> {};
 
 TEST_P(BadLoadsTest, IsRefusedNamingTheField) {
   const BadCase& c = GetParam();
-  ScratchDir dir;
-  json j = SampleJson();
-  c.change(j);
-  try {
-    LoadFixtureStudy(WriteStudy(dir, j));
-    FAIL() << c.what << ": the study was accepted";
-  } catch (const StudyFileError& e) {
-    EXPECT_EQ(e.Field(), c.field) << e.what();
-    EXPECT_NE(e.Problem().find(c.problem), std::string::npos) << e.what();
-  }
+  ExpectRefused({c.what, [&c](json& j, const fs::path&) { c.change(j); }, c.field, c.problem});
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, BadLoadsTest, testing::ValuesIn(kBadCases),
-                         [](const testing::TestParamInfo<BadCase>& info) {
-                           std::string name;
-                           for (const char* p = info.param.what; *p; ++p)
-                             name += std::isalnum(static_cast<unsigned char>(*p)) ? *p : '_';
-                           return name;
-                         });
+                         [](const auto& info) { return CaseName(info.param.what); });
 
 std::string Base(const std::string& path) { return fs::path(path).filename().string(); }
 

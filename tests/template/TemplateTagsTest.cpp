@@ -54,18 +54,6 @@ class Package {
   std::map<std::string, std::unique_ptr<pugi::xml_document>> m_docs;
 };
 
-// The part a relationship of `source` points to.
-std::string ResolveTarget(const std::string& source, const std::string& target) {
-  if (!target.empty() && target[0] == '/') return target.substr(1);
-  return (fs::path(source.substr(0, source.rfind('/') + 1)) / target).lexically_normal().generic_string();
-}
-
-std::string RelsOf(const std::string& part) {
-  const auto slash = part.rfind('/');
-  return slash == std::string::npos ? "_rels/" + part + ".rels"
-                                    : part.substr(0, slash + 1) + "_rels/" + part.substr(slash + 1) + ".rels";
-}
-
 // Text of a paragraph (its w:t only, in order) and where each w:t lies in it.
 struct ParaText {
   pugi::xml_node para;
@@ -194,54 +182,13 @@ class TemplateTest : public ::testing::Test {
 std::unique_ptr<Package> TemplateTest::s_package;
 std::vector<CatalogueBlock> TemplateTest::s_catalogue;
 
-TEST_F(TemplateTest, PackageIsAWordTemplateWhoseRelationshipsResolve) {
-  pugi::xml_node types = pkg().xml("[Content_Types].xml");
-  ASSERT_TRUE(types);
-  std::map<std::string, std::string> overrides, defaults;
-  for (pugi::xml_node o : types.children("Override"))
-    overrides[std::string(o.attribute("PartName").value()).substr(1)] = o.attribute("ContentType").value();
-  for (pugi::xml_node d : types.children("Default")) defaults[d.attribute("Extension").value()] = d.attribute("ContentType").value();
-  EXPECT_EQ(overrides["word/document.xml"], "application/vnd.openxmlformats-officedocument.wordprocessingml.template.main+xml");
-  for (const auto& [part, type] : overrides) EXPECT_TRUE(pkg().has(part)) << "content type given for a missing part " << part;
-  for (const auto& [name, data] : pkg().parts()) {
-    if (name == "[Content_Types].xml") continue;
-    const std::string ext = name.substr(name.rfind('.') + 1);
-    EXPECT_TRUE(overrides.count(name) || defaults.count(ext)) << "no content type for " << name;
-    if (ext == "xml" || ext == "rels") {
-      EXPECT_TRUE(pkg().xml(name)) << name << " is not well-formed XML";
-    }
-  }
-
-  // package relationships, then those of every part that has any
-  pugi::xml_node root = pkg().xml("_rels/.rels");
-  ASSERT_TRUE(root);
-  std::string main;
-  for (pugi::xml_node r : root.children("Relationship")) {
-    if (std::string(r.attribute("Type").value()).ends_with("officeDocument")) main = r.attribute("Target").value();
-    EXPECT_TRUE(pkg().has(ResolveTarget("", r.attribute("Target").value()))) << r.attribute("Target").value();
-  }
-  EXPECT_EQ(main, "word/document.xml");
-  for (const auto& [name, data] : pkg().parts()) {
-    if (name.find("_rels/") == std::string::npos || name == "_rels/.rels") continue;
-    std::string source = name;
-    source.erase(source.find("_rels/"), 6);
-    source.erase(source.size() - 5);  // ".rels"
-    for (pugi::xml_node r : pkg().xml(name).children("Relationship")) {
-      const bool external = std::string(r.attribute("TargetMode").value()) == "External";
-      EXPECT_TRUE(external || pkg().has(ResolveTarget(source, r.attribute("Target").value())))
-          << name << " points to a missing part " << r.attribute("Target").value();
-    }
-  }
-
-  // every r:id used by a story is a relationship of that story
-  for (const std::string& story : Stories()) {
-    std::set<std::string> ids;
-    for (pugi::xml_node r : pkg().xml(RelsOf(story)).children("Relationship")) ids.insert(r.attribute("Id").value());
-    for (pugi::xpath_node x : pkg().xml(story).select_nodes("//@r:id | //@r:embed"))
-      EXPECT_TRUE(ids.count(x.attribute().value())) << story << " uses unknown " << x.attribute().value();
-  }
-
-  // one section with a first page of its own, both headers and both footers
+// The package rules (content types, relationships) are the validator's; here what makes it
+// this template: a Word template whose one section has a first page of its own.
+TEST_F(TemplateTest, PackageIsAWordTemplateWithFirstPageHeadersAndFooters) {
+  std::string mainType;
+  for (pugi::xml_node o : pkg().xml("[Content_Types].xml").children("Override"))
+    if (std::string(o.attribute("PartName").value()) == "/word/document.xml") mainType = o.attribute("ContentType").value();
+  EXPECT_EQ(mainType, "application/vnd.openxmlformats-officedocument.wordprocessingml.template.main+xml");
   pugi::xml_node sect = Body().child("w:sectPr");
   EXPECT_TRUE(sect.child("w:titlePg"));
   std::set<std::string> refs;
@@ -503,16 +450,6 @@ TEST_F(TemplateTest, TableOfContentsIsAFieldInAGalleryBlockBeforeTheSections) {
   auto first = FindInBody("<Header_Description/>");
   ASSERT_TRUE(first);
   EXPECT_LT(sdt.node().offset_debug(), first->para.offset_debug());
-}
-
-TEST(TemplateOffice, LibreOfficeReadsTheTemplate) {
-  if (!docxtest::HaveLibreOffice()) GTEST_SKIP() << "no LibreOffice on this machine";
-  ASSERT_TRUE(fs::exists(TemplatePath()));
-  std::string text;
-  ASSERT_NO_THROW(text = docxtest::LibreOfficeText(TemplatePath().string()));
-  for (const char* tag : {"<Image_288pxW_MainModel/>", "<Header_Description/>", "<Header_Assumptions/>",
-                          "<Header_StudyResults/>", "<Header_UserDefined/>", "<Image_Custom/>", "Table of Contents"})
-    EXPECT_NE(text.find(tag), std::string::npos) << tag;
 }
 
 }  // namespace

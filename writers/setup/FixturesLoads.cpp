@@ -49,7 +49,6 @@ constexpr const char16_t* kExtraCurveTag = u"<ExtraCurveLabel/>";
 // The column of the loads table whose cell of a load's row is selected to add a row below it.
 constexpr int kLoadRowAnchorColumn = 3;
 
-CString Marker(int number) { return CString::Formatted(u"<%s%d/>", kMarkerStem, number); }
 
 // The host's lists of one kind of item.
 struct ItemLists {
@@ -92,36 +91,6 @@ void FillHeadings(const SelectionPtr& selection, const char16_t* nameTag, unsign
   if (hasCurves) FillText(selection, curveTag, 54995);
 }
 
-// Makes `count` fixture rows, each followed by a copy of the template's forces row.
-void CloneFixtureRows(const SelectionPtr& selection, int count) {
-  if (FindTag(selection, kFixtNameTag, 0)) {
-    selection->SelectRow();
-    selection->Copy();
-    for (int i = 1; i <= count - 1; ++i) {
-      if (i == 1) selection->InsertRowsBelow();
-      TypeMarker(selection, Marker(i));
-      selection->InsertRowsBelow();
-      selection->Paste();
-    }
-    TypeMarker(selection, Marker(count));
-  }
-
-  if (!FindTag(selection, kForcesLabelTag, 0)) return;
-  const std::int32_t colour = Word::Checked(selection->GetShading())->GetForegroundPatternColor();
-  selection->SelectRow();
-  selection->Copy();
-  DeleteRow(selection);
-  for (int i = 1; i <= count; ++i) {
-    if (!FindTag(selection, Marker(i), 0)) continue;
-    selection->Delete();
-    selection->SelectRow();
-    Word::Checked(selection->GetCells())->Merge();
-    Word::Checked(selection->GetShading())->PutForegroundPatternColor(colour);
-    selection->Paste();
-    DeleteRow(selection);
-  }
-}
-
 // The resultant forces of a fixture: headings, then each column's force with its moment on
 // the line below.
 void FillFixtureForces(const SelectionPtr& selection, const CStringList& forces, const CStringList& moments) {
@@ -147,7 +116,7 @@ void WriteFixtures(CZPNewReportSectionLoadsRestraints& section, const SelectionP
   const int count = fixtures.names.GetCount();
   const bool hasCurves = AnyText(fixtures.curves);
   if (!hasCurves) FoldCurveColumn(selection, kFixtCurveHeadingTag, kFixtCurveLabelTag);
-  if (count >= 2) CloneFixtureRows(selection, count);
+  if (count >= 2) CloneRowPairs(selection, kFixtNameTag, kForcesLabelTag, kMarkerStem, count);
   FillHeadings(selection, kFixtNameHeadingTag, 55014, kFixtImageHeadingTag, 54993, kFixtDetailsHeadingTag, 54994,
                kFixtCurveHeadingTag, hasCurves);
 

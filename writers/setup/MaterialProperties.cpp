@@ -17,40 +17,8 @@ constexpr const char16_t* kModelReferenceTag = u"<Label_ModelReference/>";
 constexpr const char16_t* kCurveRowTag = u"<Label_CurveData/>::";  // the colons are part of it
 constexpr const char16_t* kMarkerStem = u"MatImagesRow";
 
-CString Marker(int number) { return CString::Formatted(u"<%s%d/>", kMarkerStem, number); }
 CString CurveTag(int slot) { return CString::Formatted(u"<Curve_1_%d/>", slot); }
 CString CurveLabelTag(int slot) { return CString::Formatted(u"<Curve_1_%d_Label/>", slot); }
-
-// Makes `count` blocks of the template's two rows: block row, curve row, block row, ...
-void CloneBlocks(const SelectionPtr& selection, int count) {
-  if (FindTag(selection, kMaterialImageTag, 0)) {
-    selection->SelectRow();
-    selection->Copy();
-    for (int i = 1; i <= count - 1; ++i) {
-      if (i == 1) selection->InsertRowsBelow();
-      TypeMarker(selection, Marker(i));
-      selection->InsertRowsBelow();
-      selection->Paste();
-    }
-    TypeMarker(selection, Marker(count));
-  }
-
-  // The curve row goes to the clipboard and out of the table, then in at every marker.
-  if (!FindTag(selection, kCurveRowTag, 0)) return;
-  const std::int32_t colour = Word::Checked(selection->GetShading())->GetForegroundPatternColor();
-  selection->SelectRow();
-  selection->Copy();
-  DeleteRow(selection);
-  for (int i = 1; i <= count; ++i) {
-    if (!FindTag(selection, Marker(i), 0)) continue;
-    selection->Delete();
-    selection->SelectRow();
-    Word::Checked(selection->GetCells())->Merge();
-    Word::Checked(selection->GetShading())->PutForegroundPatternColor(colour);
-    selection->Paste();
-    DeleteRow(selection);
-  }
-}
 
 // Fills the first block not yet filled.
 void WriteMaterial(const SelectionPtr& selection, zphStudy* study, CMaterial* material,
@@ -140,7 +108,7 @@ void CZPNewReportSectionMaterialProperties::UpdateDetailsInWordDoc(SelectionPtr 
       }
       return;
     }
-    if (count >= 2) CloneBlocks(selection, count);
+    if (count >= 2) CloneRowPairs(selection, kMaterialImageTag, kCurveRowTag, kMarkerStem, count);
 
     FillText(selection, kModelReferenceTag, 54987);
     FillText(selection, u"<Label_Properties/>", 51132);

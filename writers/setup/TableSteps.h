@@ -29,9 +29,59 @@ inline void DropTable(const SelectionPtr& selection) {
   Word::Checked(Word::Checked(selection->GetTables())->Item(1))->Delete();
 }
 
+// Replaces the innermost table holding the selection by `copies` copies of it, each behind a
+// paragraph of its own; the selection ends in the last. One copy leaves the table as it is.
+inline void RepeatTable(const SelectionPtr& selection, int copies) {
+  if (copies <= 1) return;
+  selection->SelectCell();
+  Word::Checked(Word::Checked(selection->GetTables())->Item(1))->Select();
+  selection->Cut();
+  selection->TypeBackspace();
+  for (int copy = 0; copy < copies; ++copy) {
+    selection->TypeParagraph();
+    selection->PasteAsNestedTable();
+  }
+}
+
 // Black text from here on.
 inline void Black(const SelectionPtr& selection) {
   Word::Checked(selection->GetFont())->PutColor(Word::wdColorBlack);
+}
+
+// Makes `count` copies of the row holding `rowTag`, each followed by a copy of the row holding
+// `followerTag` with its cells merged into one and its shading kept: the two-row blocks of a
+// table. The template's follower row itself goes. Markers "<stemN/>" tell the copies apart
+// while the followers are pasted in.
+inline void CloneRowPairs(const SelectionPtr& selection, const CString& rowTag, const CString& followerTag,
+                          const char16_t* markerStem, int count) {
+  auto marker = [&](int number) { return CString::Formatted(u"<%s%d/>", markerStem, number); };
+  if (FindTag(selection, rowTag, 0)) {
+    selection->SelectRow();
+    selection->Copy();
+    for (int i = 1; i <= count - 1; ++i) {
+      if (i == 1) selection->InsertRowsBelow();
+      TypeMarker(selection, marker(i));
+      selection->InsertRowsBelow();
+      selection->Paste();
+    }
+    TypeMarker(selection, marker(count));
+  }
+
+  // The follower goes to the clipboard and out of the table, then in at every marker.
+  if (!FindTag(selection, followerTag, 0)) return;
+  const std::int32_t colour = Word::Checked(selection->GetShading())->GetForegroundPatternColor();
+  selection->SelectRow();
+  selection->Copy();
+  DeleteRow(selection);
+  for (int i = 1; i <= count; ++i) {
+    if (!FindTag(selection, marker(i), 0)) continue;
+    selection->Delete();
+    selection->SelectRow();
+    Word::Checked(selection->GetCells())->Merge();
+    Word::Checked(selection->GetShading())->PutForegroundPatternColor(colour);
+    selection->Paste();
+    DeleteRow(selection);
+  }
 }
 
 // Finds `tag` and types `text` over it; false when the tag isn't there.
