@@ -1,11 +1,19 @@
 #include "bench/BenchKit.h"
 
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <unistd.h>
 
 #include <zip.h>
 
+#include "core/Report.h"
+#include "core/framework/COVReportManager.h"
+#include "model/Format.h"
+#include "model/HeaderInfo.h"
 #include "platform/docx/Engine.h"
+#include "platform/host/fixture/FixtureHost.h"
 
 namespace zpbench {
 
@@ -38,5 +46,46 @@ OpenDocument::OpenDocument(const std::string& path) {
 }
 
 OpenDocument::~OpenDocument() { app->Quit(); }
+
+namespace {
+
+void RunReport(const StudyData& data, int kind, const std::function<void(COVBaseReportSection*)>& tweak,
+               const std::string& outDir) {
+  FixtureHost host(std::make_unique<FixtureStudy>(data));
+  host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
+  HostScope scope(host);
+  auto* format = new CZPNewReportFormat(0);
+  format->InitListDefaultFormat(0);
+  for (COVBaseReportSection* section : format->GetSections()) {
+    section->m_included = section->m_sectionType == kind || section->m_sectionType == kSectionDescription;
+    if (tweak) tweak(section);
+  }
+  CZPReport report;
+  report.m_reportName = u"Bench";
+  report.m_documentPath = FromUtf8(outDir + "/bench.docx");
+  report.m_officeVersion = 16;
+  report.SetFormat(format);
+  auto* header = new CZPReportHeaderInfo;
+  header->SetReportFolderPath(FromUtf8(outDir));
+  report.SetHeaderInfo(header);
+  COVReportManager manager;
+  if (report.GenerateWordDoc(host.Study(), &manager) != 1) throw std::runtime_error("the run failed");
+}
+
+}  // namespace
+
+void RunReports(benchmark::State& state, const StudyData& data, int kind, int items,
+                const std::function<void(COVBaseReportSection*)>& tweak) {
+  docx::RegisterWordApplication();
+  const std::string outDir = "/tmp/zp_bench_report_" + std::to_string(::getpid());
+  std::filesystem::create_directories(outDir);
+  for (auto _ : state) RunReport(data, kind, tweak, outDir);
+  if (items > 0) {
+    state.SetItemsProcessed(state.iterations() * items);
+    state.counters["time_per_item"] = benchmark::Counter(
+        static_cast<double>(items), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  }
+  std::filesystem::remove_all(outDir);
+}
 
 }  // namespace zpbench

@@ -1,9 +1,15 @@
 #pragma once
 // What the engine benchmarks share: a package written from the XML of its main part, and
 // Word opened on it through the engine.
+#include <functional>
 #include <string>
 
+#include <benchmark/benchmark.h>
+
+#include "platform/host/fixture/FixtureStudy.h"
 #include "platform/word/Word.h"
+
+class COVBaseReportSection;
 
 namespace zpbench {
 
@@ -21,5 +27,11 @@ struct OpenDocument {
   Word::Ptr<Word::Application> app;
   Word::Ptr<Word::Selection> sel;
 };
+
+// Runs the study driver on `data` once per iteration of `state`, with only the section of kind
+// `kind` and the description included; `tweak` may set each section first. Counts `items` per
+// run (and their time per item as a counter) when there are any. Throws when a run fails.
+void RunReports(benchmark::State& state, const StudyData& data, int kind, int items,
+                const std::function<void(COVBaseReportSection*)>& tweak = {});
 
 }  // namespace zpbench
