@@ -27,6 +27,8 @@ void Put(const Word::Ptr<Word::Table>& t, int r, int c, const std::string& text)
   t->Cell(r, c)->GetRange()->InsertAfter(Session::W(text));
 }
 
+std::string Heading(const std::string& text) { return P(text, "Heading1"); }
+
 }  // namespace
 
 TEST(BeamTable, VerticalMergesPerBeamFilledByCellNumber) {
@@ -193,6 +195,61 @@ TEST(CellShapes, SelectColumnDeleteClearsOnlyThatColumn) {
   EXPECT_EQ(s.sel->GetShading()->GetForegroundPatternColor(), Word::wdColorRed);
   s.Save();
   EXPECT_NE(s.Xml().find(R"(<w:shd w:val="clear" w:color="FF0000" w:fill="auto"/>)"), std::string::npos);
+}
+
+TEST(CellShapes, ExtendingPastTheLastCellTakesInTheRow) {
+  Session s(Heading("T") + Tbl({Tr({Tc("a"), Tc("b")}), Tr({Tc("c"), Tc("d")})}) + P("x"));
+  ASSERT_TRUE(s.FindTag("b"));
+  s.sel->Collapse();
+  // b and its end-of-cell mark: the last cell; one step more: the whole first row.
+  s.sel->MoveRight(Variant(Word::wdCharacter), Variant(2), Variant(Word::wdExtend));
+  EXPECT_EQ(s.sel->GetCells()->GetCount(), 1);
+  EXPECT_EQ(U8(s.sel->GetText()), "b\r\a");
+  s.sel->MoveRight(Variant(Word::wdCharacter), Variant(1), Variant(Word::wdExtend));
+  EXPECT_EQ(s.sel->GetCells()->GetCount(), 2);
+  EXPECT_EQ(s.sel->GetRows()->GetCount(), 1);
+  // An insertion point still steps from the row's end into the next row.
+  s.sel->Collapse(Variant(Word::wdCollapseStart));
+  s.sel->MoveRight(Variant(Word::wdCharacter), Variant(4));
+  EXPECT_EQ(U8(s.sel->GetText()), "c");
+}
+
+// Table.Cell steps from the row it found last: rows added and removed before it, the row
+// itself removed, and whole tables going, must not make it miss.
+TEST(CellShapes, CellsByNumberStayRightAsRowsComeAndGo) {
+  std::vector<std::string> rows;
+  for (int r = 1; r <= 40; ++r) rows.push_back(Tr({Tc("r" + std::to_string(r)), Tc("x")}));
+  Session s(Heading("Rows") + Tbl(rows) + P("") + P("end"));
+  ASSERT_TRUE(s.FindTag("r1"));
+  auto table = s.SelTable();
+  unsigned seed = 99;
+  auto next = [&](unsigned m) { seed = seed * 1103515245u + 12345u; return static_cast<int>((seed >> 16) % m); };
+  for (int step = 0; step < 300; ++step) {
+    const int count = table->GetRows()->GetCount();
+    const int k = 1 + next(static_cast<unsigned>(count));
+    auto cell = table->Cell(k, 1);
+    ASSERT_EQ(cell->GetRowIndex(), k) << "step " << step;
+    switch (next(4)) {
+      case 0:
+        cell->Select();
+        s.sel->InsertRowsAbove();
+        break;
+      case 1:
+        cell->Select();
+        s.sel->InsertRowsBelow();
+        break;
+      case 2:
+        if (count > 5) {
+          cell->Select();
+          s.sel->GetRows()->Delete();
+        }
+        break;
+      default:
+        break;  // another lookup from here
+    }
+  }
+  EXPECT_THROW(table->Cell(table->GetRows()->GetCount() + 1, 1), Word::ComError);
+  EXPECT_THROW(table->Cell(0, 1), Word::ComError);
 }
 
 TEST(LibreOffice, TablesMadeByTheTechniquesOpen) {

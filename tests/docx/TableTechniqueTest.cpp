@@ -145,61 +145,6 @@ TEST(TableRows, TypingOverASelectedRowWritesIntoItsFirstCell) {
   EXPECT_EQ(s.Body(), (std::vector<std::string>{"T[<A/>|b]", "P:"}));
 }
 
-TEST(TableClone, CutBackspaceThenParagraphAndNestedPastePerBlock) {
-  // The block is a table nested in the section table's cell, with a spacer after it.
-  std::string block = Tbl({Tr({Tc("<Blk_Name/>"), Tc("<Blk_Val/>")}), Tr({Tc("<Blk_Img/>"), Tc("")})});
-  Session s(Heading("Results") + Tbl({Tr({Tc("<Header_Res/>")}), Tr({TcRaw(P("intro") + block + P(""))})}) + P("") + P("end"));
-  const int blocks = 3;
-  ASSERT_TRUE(s.FindTag("<Blk_Name/>"));
-  s.SelTable()->Select();
-  s.sel->Cut();
-  s.sel->TypeBackspace();
-  for (int i = 0; i < blocks; ++i) {
-    s.sel->TypeParagraph();
-    s.sel->PasteAsNestedTable();
-  }
-  for (int i = 0; i < blocks; ++i) {
-    ASSERT_TRUE(s.FindTag("<Blk_Name/>", 1));
-    s.Type("name" + std::to_string(i));
-    ASSERT_TRUE(s.FindTag("<Blk_Val/>", 1));
-    s.Type("val" + std::to_string(i));
-  }
-  auto body = s.Body();
-  ASSERT_EQ(body.size(), 4u);
-  std::string cell = "intro";
-  for (int i = 0; i < blocks; ++i)
-    cell += "/{name" + std::to_string(i) + "|val" + std::to_string(i) + ";<Blk_Img/>|}/";
-  EXPECT_EQ(body[1], "T[<Header_Res/>;" + cell + "]");
-}
-
-TEST(NestedCurves, CurveTableNestedIntoAMergedNewRow) {
-  // Loads: a row per load whose fourth cell holds the curve table; two curves make a new merged row.
-  std::string curve = Tbl({Tr({Tc("<Curve_Load/>")}), Tr({Tc("<Curve_Load_Label/>")})});
-  Session s(Heading("Loads") +
-            Tbl({Tr({Tc("Name"), Tc("Image"), Tc("Details"), Tc("Curve")}),
-                 Tr({Tc("<LoadName/>"), Tc("<Image_Load/>"), Tc("<Details_Load/>"), TcRaw(curve + P(""))})},
-                4) +
-            P("") + P("end"));
-  ASSERT_TRUE(s.FindTag("<LoadName/>"));
-  auto loads = s.SelTable();
-  ASSERT_TRUE(s.FindTag("<Curve_Load/>"));
-  s.SelTable()->Select();
-  s.sel->Cut();
-  s.sel->PasteAsNestedTable();
-  loads->Cell(2, 3)->Select();
-  s.sel->InsertRowsBelow();
-  s.sel->GetCells()->Merge();
-  s.sel->PasteAsNestedTable();
-  EXPECT_EQ(s.Body(), (std::vector<std::string>{
-                          "P:Loads",
-                          "T[Name|Image|Details|Curve;<LoadName/>|<Image_Load/>|<Details_Load/>|{<Curve_Load/>;<Curve_Load_Label/>}/;"
-                          "{<Curve_Load/>;<Curve_Load_Label/>}/]",
-                          "P:", "P:end"}));
-  EXPECT_NE(s.Xml().find("<w:gridSpan w:val=\"4\"/>"), std::string::npos);
-  // The new row's merged cell spans the four grid columns and the table keeps its place.
-  EXPECT_EQ(loads->GetRows()->GetCount(), 3);
-}
-
 TEST(MoveByCell, WalksCellsAndRowsSelectingTheirContent) {
   Session s(Tbl({Tr({Tc("a"), Tc("b")}), Tr({Tc("c"), Tc("d")})}) + P("x"));
   ASSERT_TRUE(s.FindTag("a"));
