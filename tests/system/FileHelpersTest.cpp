@@ -44,24 +44,24 @@ TEST_F(FileHelpersTest, FileProbeOpensAndTellsLocks) {
   EXPECT_EQ(locked, 0);
   EXPECT_FALSE(FileProbe(P("missing.txt"), locked));
   EXPECT_FALSE(FileProbe(P(""), locked)) << "a folder is no file";
-  Touch("doc.docx");
+  Touch("doc.txt");
   locked = 5;
-  EXPECT_TRUE(FileProbe(P("doc.docx"), locked));
+  EXPECT_TRUE(FileProbe(P("doc.txt"), locked));
   EXPECT_EQ(locked, 0);
 
   // Another holder takes the file exclusively (flock on its own descriptor).
-  int fd = ::open(N("doc.docx").c_str(), O_RDWR);
+  int fd = ::open(N("doc.txt").c_str(), O_RDWR);
   ASSERT_GE(fd, 0);
   ASSERT_EQ(::flock(fd, LOCK_EX), 0);
-  EXPECT_TRUE(FileProbe(P("doc.docx"), locked));
+  EXPECT_TRUE(FileProbe(P("doc.txt"), locked));
   EXPECT_EQ(locked, 1);
   ::close(fd);
-  EXPECT_TRUE(FileProbe(P("doc.docx"), locked));
+  EXPECT_TRUE(FileProbe(P("doc.txt"), locked));
   EXPECT_EQ(locked, 0);
 }
 
 TEST_F(FileHelpersTest, FileProbeSeesARecordLockOfAnotherProcess) {
-  Touch("held.docx");
+  Touch("held.txt");
   int ready[2];
   int release[2];
   ASSERT_EQ(::pipe(ready), 0);
@@ -69,7 +69,7 @@ TEST_F(FileHelpersTest, FileProbeSeesARecordLockOfAnotherProcess) {
   pid_t child = ::fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    int fd = ::open(N("held.docx").c_str(), O_RDWR);
+    int fd = ::open(N("held.txt").c_str(), O_RDWR);
     struct flock lk {};
     lk.l_type = F_WRLCK;
     lk.l_whence = SEEK_SET;
@@ -83,7 +83,7 @@ TEST_F(FileHelpersTest, FileProbeSeesARecordLockOfAnotherProcess) {
   ASSERT_EQ(::read(ready[0], &c, 1), 1);
   ASSERT_EQ(c, 'k');
   int locked = 0;
-  EXPECT_TRUE(FileProbe(P("held.docx"), locked));
+  EXPECT_TRUE(FileProbe(P("held.txt"), locked));
   EXPECT_EQ(locked, 1);
   (void)!::write(release[1], &c, 1);
   int status = 0;
