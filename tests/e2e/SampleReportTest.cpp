@@ -18,6 +18,7 @@
 #include "platform/system/MessageBox.h"
 #include "platform/system/Resources.h"
 #include "tests/support/DocxTestKit.h"
+#include "ui/RunBoxFrontEnd.h"
 
 namespace fs = std::filesystem;
 
@@ -31,7 +32,7 @@ struct Library {
   void* handle = nullptr;
   GetZPReportManagerObjectFn getManager = nullptr;
   GetZPReportOptionsObjectFn getOptions = nullptr;
-  ZpSetRunProgressCallbackFn setProgress = nullptr;
+  ZpSetRunBoxFrontEndFn setFrontEnd = nullptr;
 
   static Library& Get() {
     static Library lib = [] {
@@ -40,7 +41,7 @@ struct Library {
       if (l.handle) {
         l.getManager = reinterpret_cast<GetZPReportManagerObjectFn>(dlsym(l.handle, "GetZPReportManagerObject"));
         l.getOptions = reinterpret_cast<GetZPReportOptionsObjectFn>(dlsym(l.handle, "GetZPReportOptionsObject"));
-        l.setProgress = reinterpret_cast<ZpSetRunProgressCallbackFn>(dlsym(l.handle, "ZpSetRunProgressCallback"));
+        l.setFrontEnd = reinterpret_cast<ZpSetRunBoxFrontEndFn>(dlsym(l.handle, "ZpSetRunBoxFrontEnd"));
       }
       return l;
     }();
@@ -48,25 +49,25 @@ struct Library {
   }
 };
 
-// Answers each progress step; cancels at step `cancelAt` (0: never).
-struct ProgressLog {
+// Watches the progress box; at step `cancelAt` (0: never) presses its cancel button and says
+// yes to the question, as a user would.
+struct ProgressLog : IRunBoxFrontEnd {
   int cancelAt = 0;
   int opened = 0, closed = 0, lastStep = 0, total = 0;
   std::vector<std::u16string> steps;
-  static int Callback(void* context, int event, int step, int totalSteps, const char16_t* text) {
-    auto* log = static_cast<ProgressLog*>(context);
-    if (event == kZpProgressOpened) {
-      ++log->opened;
-      log->total = totalSteps;
-    } else if (event == kZpProgressClosed) {
-      ++log->closed;
-    } else {
-      log->lastStep = step;
-      log->steps.push_back(text ? text : u"");
-      return log->cancelAt != 0 && step >= log->cancelAt ? 1 : 0;
-    }
-    return 0;
+  void BoxOpened(IRunBox&, const RunBoxState& state) override {
+    ++opened;
+    total = state.barUpper;
   }
+  void BoxChanged(IRunBox& box, const RunBoxState& state) override {
+    if (state.barPosition != lastStep) {
+      lastStep = state.barPosition;
+      steps.push_back(state.stepText.GetString());
+      if (cancelAt != 0 && lastStep >= cancelAt) box.Post(kIdcCancelReport);
+    }
+    if (!state.question.IsEmpty()) box.Post(IDYES);
+  }
+  void BoxClosed(IRunBox&, const RunBoxState&) override { ++closed; }
 };
 
 // One add-in session: the library's options, a fixture host on the sample study, a manager
@@ -95,10 +96,10 @@ struct AddIn {
     CMemFile file(zpapp::ManagerArchiveWithImages(host->Study()->Data()));
     CArchive archive(&file, CArchive::load);
     manager->Serialize(archive);
-    lib.setProgress(&ProgressLog::Callback, &progress);
+    lib.setFrontEnd(manager, &progress);
   }
   ~AddIn() {
-    Library::Get().setProgress(nullptr, nullptr);
+    Library::Get().setFrontEnd(manager, nullptr);
     delete manager;
     scope.reset();
     host.reset();
