@@ -24,7 +24,7 @@ std::string Elapsed(double seconds) {
 
 }  // namespace
 
-TerminalProgress::TerminalProgress(const std::atomic<int>& interrupts, std::FILE* out, bool outIsTerminal,
+TerminalProgress::TerminalProgress(std::atomic<int>& interrupts, std::FILE* out, bool outIsTerminal,
                                    bool canAsk)
     : m_interrupts(interrupts), m_out(out), m_terminal(outIsTerminal), m_canAsk(canAsk) {}
 
@@ -63,12 +63,13 @@ void TerminalProgress::BoxChanged(IRunBox& box, const RunBoxState& state) {
       m_asking = true;
       std::fprintf(m_out, "%s%s [y/N] ", m_lineOpen ? "\n" : "", Utf8(state.question).c_str());
       std::fflush(m_out);
-      m_lineOpen = false;
+      m_lineOpen = true;
     }
     TakeAnswer(box);
     return;
   }
   m_asking = false;
+  if (!state.shown) return;
   if (m_terminal) {
     std::fprintf(m_out, "\r\033[K%s", Line(state, Seconds(), true).c_str());
     m_lineOpen = true;
@@ -80,7 +81,7 @@ void TerminalProgress::BoxChanged(IRunBox& box, const RunBoxState& state) {
 }
 
 void TerminalProgress::BoxClosed(IRunBox& /*box*/, const RunBoxState& /*state*/) {
-  if (m_lineOpen || m_asking) std::fprintf(m_out, "\n");
+  if (m_lineOpen) std::fprintf(m_out, "\n");
   std::fflush(m_out);
   m_lineOpen = m_asking = false;
 }
@@ -88,10 +89,29 @@ void TerminalProgress::BoxClosed(IRunBox& /*box*/, const RunBoxState& /*state*/)
 void TerminalProgress::TakeInterrupts(IRunBox& box, const RunBoxState& state) {
   const int count = m_interrupts.load();
   if (count == m_seenInterrupts || !state.shown) return;
+  const int added = count - m_seenInterrupts;
   m_seenInterrupts = count;
+  // Nobody to answer, asked twice, or told to stop at once: yes without a question.
+  const bool atOnce = !m_canAsk || added >= 2 || !state.question.IsEmpty();
   if (state.question.IsEmpty()) box.Post(kIdcCancelReport);
-  // Nobody to answer, or asked twice: yes at once.
-  if (count >= 2 || !m_canAsk) box.Post(IDYES);
+  if (atOnce) Answer(box, IDYES);
+}
+
+void TerminalProgress::Answer(IRunBox& box, int answer) {
+  if (answer == IDYES) {
+    // Confirmed: the next interrupt ends the program (see the signal handler).
+    m_confirmed = true;
+    int count = m_interrupts.load();
+    while (count < 2 && !m_interrupts.compare_exchange_weak(count, 2)) {
+    }
+    m_seenInterrupts = std::max(count, 2);
+  } else {
+    // Said no: the interrupts so far are forgotten, and the next one asks again (rather than
+    // ending the program, as one after a confirmed cancel does).
+    m_interrupts.fetch_sub(m_seenInterrupts);
+    m_seenInterrupts = 0;
+  }
+  box.Post(answer);
 }
 
 void TerminalProgress::TakeAnswer(IRunBox& box) {
@@ -99,6 +119,7 @@ void TerminalProgress::TakeAnswer(IRunBox& box) {
   if (::poll(&input, 1, 0) <= 0) return;
   char buf[256];
   const ssize_t got = ::read(STDIN_FILENO, buf, sizeof buf);
+  m_lineOpen = false;  // the terminal echoed the answer's end of line
   // Up to the first letter of the line; an empty line or the end of the input says no.
   int answer = IDNO;
   for (ssize_t i = 0; i < got; ++i) {
@@ -106,5 +127,5 @@ void TerminalProgress::TakeAnswer(IRunBox& box) {
     if (buf[i] == 'y' || buf[i] == 'Y') answer = IDYES;
     break;
   }
-  box.Post(answer);
+  Answer(box, answer);
 }

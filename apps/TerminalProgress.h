@@ -7,7 +7,8 @@
 // with y or n on standard input); a second one, or the first when standard input is no
 // terminal to answer on, confirms the cancel at once. The signal handler only counts them
 // (`interrupts`, a lock-free atomic); the box's worker reads the count whenever it tells this
-// front end something, at least every animation frame.
+// front end something, at least every animation frame, and takes back the ones that the user
+// answered with no.
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -18,7 +19,7 @@
 class TerminalProgress : public IRunBoxFrontEnd {
 public:
   // `interrupts` counts Ctrl-C as 1 and a request to stop at once (SIGTERM) as 2.
-  TerminalProgress(const std::atomic<int>& interrupts, std::FILE* out, bool outIsTerminal, bool canAsk);
+  TerminalProgress(std::atomic<int>& interrupts, std::FILE* out, bool outIsTerminal, bool canAsk);
 
   void BoxOpened(IRunBox& box, const RunBoxState& state) override;
   void BoxChanged(IRunBox& box, const RunBoxState& state) override;
@@ -28,17 +29,22 @@ public:
   // animation's frame (terminal).
   static std::string Line(const RunBoxState& state, double seconds, bool terminal);
 
+  // The user confirmed a cancel (read once the run is over).
+  bool CancelConfirmed() const { return m_confirmed; }
+
 private:
   void TakeInterrupts(IRunBox& box, const RunBoxState& state);
   void TakeAnswer(IRunBox& box);
+  void Answer(IRunBox& box, int answer);
   double Seconds() const;
 
-  const std::atomic<int>& m_interrupts;
+  std::atomic<int>& m_interrupts;
   std::FILE* m_out;
   bool m_terminal;
   bool m_canAsk;
   int m_seenInterrupts = 0;
   bool m_asking = false;
+  bool m_confirmed = false;
   int m_lastPlainStep = -1;
   bool m_lineOpen = false;
   std::chrono::steady_clock::time_point m_opened;

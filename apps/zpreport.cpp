@@ -219,7 +219,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     if (outcome == 1) {
       std::printf("%s\n", native.c_str());
       std::fprintf(stderr, "generated in %.2f s%s\n", seconds,
-                   g_interrupted ? " (the interrupt came after the last section: the report is complete)" : "");
+                   progress.CancelConfirmed() ? " (the cancel came after the last section: the report is complete)" : "");
       result = kExitGenerated;
       const auto& failures = host.Study()->CaptureFailures();
       for (const std::string& failure : failures) Warn("a picture could not be made: " + failure);

@@ -276,6 +276,11 @@ TEST(SampleReport, CommandLineProgramWritesTheSample) {
                               " --name Sample > " + out.File("stdout.txt") + " 2> " + out.File("stderr.txt");
   ASSERT_EQ(std::system(command.c_str()), 0) << docxtest::ReadPart(out.File("stderr.txt"), "");
   EXPECT_TRUE(fs::exists(out.File("Bracket-Sample.docx")));
+  // Standard error is no terminal: the progress comes as plain lines, one per step.
+  const std::string err = docxtest::FileBytes(out.File("stderr.txt"));
+  EXPECT_TRUE(Has(err, "[ 1/") && Has(err, "Header Information") && Has(err, "Saving the report document"))
+      << err;
+  EXPECT_FALSE(Has(err, "\033[")) << err;
   const std::string body = docxtest::BodyText(out.File("Bracket-Sample.docx"));
   EXPECT_TRUE(Has(body, "Static 1"));
   EXPECT_TRUE(Has(body, "Simulation of Bracket\n")) << "one blank between the label and the name";
