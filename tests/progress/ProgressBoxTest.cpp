@@ -16,95 +16,67 @@
 #include "platform/host/fixture/StudyLoader.h"
 #include "platform/system/MessageBox.h"
 #include "tests/support/DocxTestKit.h"
+#include "tests/support/RunBoxUser.h"
 #include "ui/ThreadedRunMessageBox.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-// A user at the box: at step `cancelAt` presses `button`, and answers every question with
-// `answer`. All on the box's worker, so the run sees the answer at its next section.
-struct User : IRunBoxFrontEnd {
-  int cancelAt = 0, button = kIdcCancelReport, answer = IDYES;
-  int opened = 0, closed = 0, lastStep = 0;
-  RunBoxState first;
-  std::vector<CString> percents, steps;
-  void BoxOpened(IRunBox&, const RunBoxState& state) override {
-    ++opened;
-    first = state;
-  }
-  void BoxChanged(IRunBox& box, const RunBoxState& state) override {
-    if (state.barPosition != lastStep) {
-      lastStep = state.barPosition;
-      percents.push_back(state.percentText);
-      steps.push_back(state.stepText);
-      if (lastStep == cancelAt) box.Post(button);
-    }
-    if (!state.question.IsEmpty()) box.Post(answer);
-  }
-  void BoxClosed(IRunBox&, const RunBoxState&) override { ++closed; }
+struct Outcome {
+  docxtest::RunBoxUser user;
+  int fired = 0;  // the cancel callback
+  int batchCancelState = kBatchNone;
 };
 
-// Runs a box of four steps for `user`; gives how often the cancel callback fired.
-int RunBox(User& user, CZPRunFlags& flags, int delaySeconds = 0) {
-  flags.m_frontEnd = &user;
-  int fired = 0;
+// A box of four steps with a user who presses `button` at step `cancelAt` and answers `answer`.
+Outcome RunBox(int cancelAt, int button, int answer, int batchCancelState = kBatchNone, int delaySeconds = 0) {
+  Outcome outcome;
+  outcome.user.cancelAt = cancelAt;
+  outcome.user.button = button;
+  outcome.user.answer = answer;
+  CZPRunFlags flags;
+  flags.m_batchCancelState = batchCancelState;
+  flags.m_frontEnd = &outcome.user;
   {
-    CThreadedRunMessageBox box(u"IDR_WORDGENERATING_GIF", u"Title", u"Line", u"Stop?", 4, [&] { ++fired; },
-                               delaySeconds, &flags);
-    for (int step = 1; step <= 4; ++step) box.ReportStep(step, CString(u"step ") + CString(std::to_string(step).c_str()));
+    CThreadedRunMessageBox box(u"IDR_WORDGENERATING_GIF", u"Title", u"Line", u"Stop?", 4,
+                               [&] { ++outcome.fired; }, delaySeconds, &flags);
+    for (int step = 1; step <= 4; ++step) box.ReportStep(step, u"step");
   }
-  return fired;
+  outcome.batchCancelState = flags.m_batchCancelState;
+  return outcome;
 }
 
 }  // namespace
 
 TEST(ProgressBox, QuestionStopAllEscAndDelay) {
-  {  // No: the bar goes on to the end.
-    User user;
-    CZPRunFlags flags;
-    user.cancelAt = 1;
-    user.answer = IDNO;
-    EXPECT_EQ(RunBox(user, flags), 0);
-    EXPECT_EQ(user.first.percentText, CString(u"0%"));
-    EXPECT_FALSE(user.first.cancelAllShown);
-    EXPECT_EQ(user.percents, (std::vector<CString>{u"25%", u"50%", u"75%", u"100%"}));
-    EXPECT_EQ(user.opened + user.closed, 2);
-  }
-  {  // Yes: the callback fires once, the box goes and later steps show nothing.
-    User user;
-    CZPRunFlags flags;
-    user.cancelAt = 2;
-    EXPECT_EQ(RunBox(user, flags), 1);
-    EXPECT_EQ(user.lastStep, 2);
-    EXPECT_EQ(flags.m_batchCancelState, kBatchNone);
-  }
-  {  // In a batch the second button stops them all; without a batch it is not there.
-    User single, batch;
-    CZPRunFlags flags;
-    single.cancelAt = batch.cancelAt = 1;
-    single.button = batch.button = kIdcCancelAll;
-    EXPECT_EQ(RunBox(single, flags), 0);
-    flags.m_batchCancelState = kBatchRunning;
-    EXPECT_EQ(RunBox(batch, flags), 1);
-    EXPECT_TRUE(batch.first.cancelAllShown);
-    EXPECT_EQ(flags.m_batchCancelState, kBatchStopAll);
-  }
-  {  // Esc: the box goes without a cancel, and the run goes on unseen.
-    User user;
-    CZPRunFlags flags;
-    user.cancelAt = 1;
-    user.button = IDCANCEL;
-    EXPECT_EQ(RunBox(user, flags), 0);
-    EXPECT_EQ(user.lastStep, 1);
-    EXPECT_EQ(user.closed, 1);
-  }
-  {  // A run that ends within the delay never shows its box, and does not wait for the delay.
-    User user;
-    CZPRunFlags flags;
-    EXPECT_EQ(RunBox(user, flags, 3600), 0);
-    EXPECT_EQ(user.opened + user.closed, 0);
-  }
+  const Outcome no = RunBox(1, kIdcCancelReport, IDNO);  // the bar goes on to the end
+  EXPECT_EQ(no.fired, 0);
+  EXPECT_EQ(no.user.first.percentText, CString(u"0%"));
+  EXPECT_FALSE(no.user.first.cancelAllShown);
+  EXPECT_EQ(no.user.percents, (std::vector<std::u16string>{u"25%", u"50%", u"75%", u"100%"}));
+  EXPECT_EQ(no.user.opened + no.user.closed, 2);
+
+  const Outcome yes = RunBox(2, kIdcCancelReport, IDYES);  // once, and later steps show nothing
+  EXPECT_EQ(yes.fired, 1);
+  EXPECT_EQ(yes.user.lastStep, 2);
+  EXPECT_EQ(yes.batchCancelState, kBatchNone);
+
+  // In a batch the second button stops them all; without a batch it is not there.
+  EXPECT_EQ(RunBox(1, kIdcCancelAll, IDYES).fired, 0);
+  const Outcome all = RunBox(1, kIdcCancelAll, IDYES, kBatchRunning);
+  EXPECT_EQ(all.fired, 1);
+  EXPECT_TRUE(all.user.first.cancelAllShown);
+  EXPECT_EQ(all.batchCancelState, kBatchStopAll);
+
+  const Outcome esc = RunBox(1, IDCANCEL, IDYES);  // the box goes, the run goes on unseen
+  EXPECT_EQ(esc.fired, 0);
+  EXPECT_EQ(esc.user.lastStep, 1);
+  EXPECT_EQ(esc.user.closed, 1);
+
+  // A run that ends within the delay never shows its box, and does not wait for the delay.
+  const Outcome quick = RunBox(1, kIdcCancelReport, IDYES, kBatchNone, 3600);
+  EXPECT_EQ(quick.user.opened + quick.user.closed, 0);
 }
 
 TEST(ProgressBox, AThousandBoxesAgainstAUserWhoCancelsAllTheTime) {
@@ -174,7 +146,7 @@ TEST(ProgressBox, CancelBeforeTheFirstSectionBetweenSectionsAndAfterTheLast) {
   auto run = [&](int cancelAt, bool saved) {
     SCOPED_TRACE(cancelAt);
     docxtest::TempDir out;
-    User user;
+    docxtest::RunBoxUser user;
     user.cancelAt = cancelAt;
     CZPReportManager manager(host.Study());
     manager.m_runFlags.m_frontEnd = &user;
