@@ -51,6 +51,7 @@ std::string TerminalProgress::Line(const RunBoxState& state, double seconds, boo
 
 void TerminalProgress::BoxOpened(IRunBox& box, const RunBoxState& state) {
   m_opened = std::chrono::steady_clock::now();
+  m_lastPlainStep = state.barPosition;
   std::fprintf(m_out, "%s\n", Utf8(state.messageLine).c_str());
   std::fflush(m_out);
   TakeInterrupts(box, state);
