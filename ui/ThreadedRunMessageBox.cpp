@@ -160,7 +160,11 @@ void CRunMessageThread::Tell(std::unique_lock<std::mutex>& lock,
   if (!m_frontEnd) return;
   const RunBoxState copy = state;
   lock.unlock();
-  (m_frontEnd->*event)(*this, copy);
+  try {
+    (m_frontEnd->*event)(*this, copy);
+  } catch (...) {
+    // A front end that fails to show the box does not end the run's box.
+  }
   lock.lock();
 }
 
