@@ -14,6 +14,7 @@
 #include <iostream>
 
 #include "apps/StudyArchive.h"
+#include "apps/TerminalProgress.h"
 #include "core/Exports.h"
 #include "core/framework/COVReportManager.h"
 #include "model/framework/COVReportOptions.h"
@@ -28,10 +29,11 @@ namespace {
 
 std::atomic<int> g_interrupted{0};
 
-// Ctrl-C and SIGTERM stand for the progress box's cancel: the run stops at the next section
-// and cleans up. A second one ends the program at once.
+// Ctrl-C stands for the progress box's cancel button (TerminalProgress), SIGTERM for a
+// confirmed cancel: the run stops at the next section and cleans up. Once the cancel is
+// confirmed, one more ends the program at once.
 void OnInterrupt(int signal) {
-  if (g_interrupted.exchange(1) != 0) {
+  if (g_interrupted.fetch_add(signal == SIGTERM ? 2 : 1) >= 2) {
     std::signal(signal, SIG_DFL);
     std::raise(signal);
   }
@@ -43,34 +45,11 @@ fs::path ExecutableFolder() {
   return ec ? fs::current_path() : self.parent_path();
 }
 
-// The terminal progress line: "[ 3/15]  20% Study properties".
-int ShowProgress(void* /*context*/, int event, int step, int totalSteps, const char16_t* text) {
-  const bool tty = isatty(fileno(stderr)) != 0;
-  const std::string line = ToUtf8(text ? std::u16string_view(text) : std::u16string_view());
-  switch (event) {
-    case kZpProgressOpened:
-      std::fprintf(stderr, "%s\n", line.c_str());
-      break;
-    case kZpProgressStep: {
-      const int percent = totalSteps > 0 ? step * 100 / totalSteps : 0;
-      std::fprintf(stderr, tty ? "\r\033[K[%2d/%2d] %3d%% %s" : "[%2d/%2d] %3d%% %s\n", step, totalSteps, percent,
-                   line.c_str());
-      std::fflush(stderr);
-      break;
-    }
-    case kZpProgressClosed:
-      if (tty) std::fprintf(stderr, "\n");
-      break;
-  }
-  // Ctrl-C stands for the box's cancel button: the run stops at the next section.
-  return g_interrupted.load();
-}
-
 struct Library {
   void* handle = nullptr;
   GetZPReportManagerObjectFn getManager = nullptr;
   GetZPReportOptionsObjectFn getOptions = nullptr;
-  ZpSetRunProgressCallbackFn setProgress = nullptr;
+  ZpSetRunBoxFrontEndFn setFrontEnd = nullptr;
   ZpSetSectionChoiceFn setSectionChoice = nullptr;
   ZpGetReportRunResultFn runResult = nullptr;
 };
@@ -83,7 +62,7 @@ bool LoadLibrary(const fs::path& path, Library& lib) {
   }
   lib.getManager = reinterpret_cast<GetZPReportManagerObjectFn>(dlsym(lib.handle, "GetZPReportManagerObject"));
   lib.getOptions = reinterpret_cast<GetZPReportOptionsObjectFn>(dlsym(lib.handle, "GetZPReportOptionsObject"));
-  lib.setProgress = reinterpret_cast<ZpSetRunProgressCallbackFn>(dlsym(lib.handle, "ZpSetRunProgressCallback"));
+  lib.setFrontEnd = reinterpret_cast<ZpSetRunBoxFrontEndFn>(dlsym(lib.handle, "ZpSetRunBoxFrontEnd"));
   lib.setSectionChoice = reinterpret_cast<ZpSetSectionChoiceFn>(dlsym(lib.handle, "ZpSetSectionChoice"));
   lib.runResult = reinterpret_cast<ZpGetReportRunResultFn>(dlsym(lib.handle, "ZpGetReportRunResult"));
   if (!lib.getManager || !lib.getOptions) {
@@ -108,7 +87,7 @@ enum ExitCode {
   kExitGenerated = 0,
   kExitBadInput = 2,       // the study file, an argument or the environment cannot be used; nothing written
   kExitRunFailed = 3,      // the report run failed; no document was written
-  kExitCancelled = 4,      // Ctrl-C or SIGTERM stopped the run
+  kExitCancelled = 4,      // the run was cancelled (Ctrl-C confirmed, or SIGTERM); nothing written
   kExitIncomplete = 5,     // the document was written, but pictures of it could not be made
   kExitInternal = 70,      // an error of the program itself
 };
@@ -208,7 +187,8 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       CArchive archive(&file, CArchive::load);
       manager->Serialize(archive);
     }
-    if (lib.setProgress) lib.setProgress(&ShowProgress, nullptr);
+    TerminalProgress progress(g_interrupted, stderr, isatty(STDERR_FILENO) != 0, isatty(STDIN_FILENO) != 0);
+    if (lib.setFrontEnd) lib.setFrontEnd(manager, &progress);
     std::signal(SIGINT, OnInterrupt);
     std::signal(SIGTERM, OnInterrupt);
 
@@ -227,7 +207,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
-    if (lib.setProgress) lib.setProgress(nullptr, nullptr);
+    if (lib.setFrontEnd) lib.setFrontEnd(manager, nullptr);
 
     COVReport* report = manager->m_reports.empty() ? nullptr : manager->m_reports.back();
     const char16_t* reason = u"";
@@ -239,7 +219,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     if (outcome == 1) {
       std::printf("%s\n", native.c_str());
       std::fprintf(stderr, "generated in %.2f s%s\n", seconds,
-                   g_interrupted ? " (the interrupt came after the last section: the report is complete)" : "");
+                   progress.CancelConfirmed() ? " (the cancel came after the last section: the report is complete)" : "");
       result = kExitGenerated;
       const auto& failures = host.Study()->CaptureFailures();
       for (const std::string& failure : failures) Warn("a picture could not be made: " + failure);

@@ -1,16 +1,14 @@
 // The entry points of libzpreport.so.
 #include "core/Exports.h"
 
-#include <mutex>
-
 #include "core/Report.h"
 #include "core/ReportManager.h"
+#include "core/RunFlags.h"
 #include "model/Archive.h"
 #include "model/Options.h"
 #include "platform/docx/Engine.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Resources.h"
-#include "ui/ThreadedRunMessageBox.h"
 
 #define ZP_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -21,40 +19,6 @@ namespace {
 struct EngineRegistration {
   EngineRegistration() { docx::RegisterWordApplication(); }
 } g_engineRegistration;
-
-// A progress view that hands every event to the loader's callback.
-class CallbackProgressView : public IRunProgressView {
-public:
-  void Set(ZpRunProgressCallback callback, void* context) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_callback = callback;
-    m_context = context;
-  }
-  void Opened(const CString& /*title*/, const CString& messageLine, int totalSteps, const CString&) override {
-    Call(kZpProgressOpened, 0, totalSteps, messageLine);
-  }
-  bool Stepped(int step, int totalSteps, const CString&, const CString& stepText) override {
-    return Call(kZpProgressStep, step, totalSteps, stepText) != 0;
-  }
-  void Closed() override { Call(kZpProgressClosed, 0, 0, CString()); }
-
-private:
-  int Call(int event, int step, int total, const CString& text) {
-    ZpRunProgressCallback callback;
-    void* context;
-    {
-      std::lock_guard<std::mutex> lock(m_mutex);
-      callback = m_callback;
-      context = m_context;
-    }
-    return callback ? callback(context, event, step, total, text.GetString()) : 0;
-  }
-  std::mutex m_mutex;
-  ZpRunProgressCallback m_callback = nullptr;
-  void* m_context = nullptr;
-};
-
-CallbackProgressView g_progressView;
 
 }  // namespace
 
@@ -71,9 +35,8 @@ ZP_EXPORT int GetZPReportOptionsObject(const char16_t* resourceLibrary, unsigned
   return 1;
 }
 
-ZP_EXPORT void ZpSetRunProgressCallback(ZpRunProgressCallback callback, void* context) {
-  g_progressView.Set(callback, context);
-  SetRunProgressView(callback ? &g_progressView : nullptr);
+ZP_EXPORT void ZpSetRunBoxFrontEnd(COVReportManager* manager, IRunBoxFrontEnd* frontEnd) {
+  if (CZPRunFlags* flags = RunFlagsOf(manager)) flags->m_frontEnd = frontEnd;
 }
 
 ZP_EXPORT int ZpSetSectionChoice(COVReportOptions* options, int studyType, int sectionKind, int included,

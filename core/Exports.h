@@ -8,6 +8,7 @@ class zphStudy;
 class COVReportManager;
 class COVReportOptions;
 class COVReport;
+class IRunBoxFrontEnd;
 
 extern "C" {
 
@@ -20,16 +21,10 @@ using GetZPReportManagerObjectFn = int (*)(zphStudy* study, COVReportManager** r
 using GetZPReportOptionsObjectFn = int (*)(const char16_t* resourceLibrary, unsigned version,
                                            COVReportOptions** result);
 
-// What a run's progress box reports to a program that shows it itself:
-//   event 0: the box opens; step 0, text = the status line;
-//   event 1: step `step` of `totalSteps` begins, text = the step's name; a non-zero answer
-//            cancels the run, as the box's cancel button does after the user said yes;
-//   event 2: the box closes.
-enum { kZpProgressOpened = 0, kZpProgressStep = 1, kZpProgressClosed = 2 };
-using ZpRunProgressCallback = int (*)(void* context, int event, int step, int totalSteps,
-                                      const char16_t* text);
-// Installs the callback for the runs that follow (null: none). Optional for the loader.
-using ZpSetRunProgressCallbackFn = void (*)(ZpRunProgressCallback callback, void* context);
+// Shows the progress boxes of the reports that `manager` runs from now on on `frontEnd` (not
+// owned; null: nobody sees them). See ui/RunBoxFrontEnd.h for what a front end is told and
+// how it cancels a run. Optional for the loader.
+using ZpSetRunBoxFrontEndFn = void (*)(COVReportManager* manager, IRunBoxFrontEnd* frontEnd);
 
 // Puts into the format that new reports of `studyType` start from what a user chooses in
 // the report dialog for one section: whether it is included, and when `text` is not null,

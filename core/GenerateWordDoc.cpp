@@ -221,7 +221,8 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
   statusLine += u"...";
 
   CThreadedRunMessageBox box(u"IDR_WORDGENERATING_GIF", title, statusLine, cancelQuestion,
-                             GetTotalIncludedSections() + 2, [this] { m_cancelRequested = 1; }, 0);
+                             GetTotalIncludedSections() + 2, [this] { m_cancelRequested = 1; }, 0,
+                             RunFlagsOf(manager));
 
   const ScratchFolder scratch(m_headerInfo->m_reportFolder);
   const CString& scratchFolder = scratch.Path();
@@ -283,13 +284,16 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
     auto tables = Word::Checked(m_wordDocument)->GetTablesOfContents();
     if (Word::Checked(tables)->GetCount() > 0) Word::Checked(tables->Item(1))->Update();
 
-    if (m_cancelRequested == 0) {
-      m_wordDocument->SaveAs(Word::Variant(Word::String(m_documentPath)),
-                             m_officeVersion >= 12 ? Word::Variant::I2(Word::wdFormatDocumentDefault)
-                                                   : Word::Variant());
+    // The flag is read once: a cancel that the user confirms once the document is saved comes
+    // too late, and the run ends as a saved one rather than as a cancelled run with a document.
+    if (m_cancelRequested != 0) {
+      IsUserCanceled(&box, ZpCommonString(55280));
+      return 0;
     }
-
-    if (IsUserCanceled(&box, ZpCommonString(55280))) return 0;
+    m_wordDocument->SaveAs(Word::Variant(Word::String(m_documentPath)),
+                           m_officeVersion >= 12 ? Word::Variant::I2(Word::wdFormatDocumentDefault)
+                                                 : Word::Variant());
+    box.ReportStep(++m_progressStep, ZpCommonString(55280));
 
     m_wordDocument->Close(Word::Variant::I2(Word::wdDoNotSaveChanges));
     m_wordApp->Quit();

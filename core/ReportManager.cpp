@@ -48,6 +48,11 @@ CString Trimmed(CString text) {
 
 CZPReportManager::CZPReportManager(zphStudy* study) : m_study(study) {}
 
+CZPRunFlags* RunFlagsOf(COVReportManager* manager) {
+  auto* zpManager = dynamic_cast<CZPReportManager*>(manager);
+  return zpManager ? &zpManager->m_runFlags : nullptr;
+}
+
 CZPReportManager::CZPReportManager(const CZPReportManager& source) : COVReportManager() {
   COVReportManager::Duplicate(const_cast<CZPReportManager*>(&source));
   m_copiedReports = source.m_copiedReports;

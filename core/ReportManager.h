@@ -1,6 +1,7 @@
 #pragma once
 // CZPReportManager: the reports of one study, and the report commands of the study tree.
 #include "core/ImageChoice.h"
+#include "core/RunFlags.h"
 #include "core/framework/COVReportManager.h"
 #include "platform/mfc/CString.h"
 
@@ -41,6 +42,8 @@ public:
   void RemoveDuplicateReports();
 
   zphStudy* m_study = nullptr;
+  // The front end of the runs' progress boxes and the stop-all state of a batch.
+  CZPRunFlags m_runFlags;
 
 private:
   // The study type of the manager's study, 4 for an active design study; false when there

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything under AddressSanitizer + UndefinedBehaviorSanitizer, runs every
-# test, then runs each fuzz target for a bounded time.
+# test, runs the threaded tests under ThreadSanitizer, then runs each fuzz target for a
+# bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh --with-office
@@ -42,6 +43,13 @@ if [[ -x "$validator" ]]; then
 else
   echo "== Package validator: skipped ($validator is not beside the checkout)"
 fi
+
+# The tests whose code runs on more than one thread (the progress box and the runs that cancel
+# through it), under ThreadSanitizer.
+cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DZP_TSAN=ON -DZP_WERROR=ON -DZP_BENCH=OFF >/dev/null
+cmake --build build-tsan -j"$jobs" --target test_progress
+echo "== ThreadSanitizer: test_progress"
+TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" build-tsan/test_progress --gtest_brief=1
 
 # Fuzz targets: clang + libFuzzer, a short bounded run each.
 if command -v clang++ >/dev/null; then

@@ -3,6 +3,7 @@
 // output folder, no scratch is left in the temporary folder, nothing aborts.
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pty.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -111,6 +112,40 @@ public:
     if (std::chrono::steady_clock::now() >= deadline) kill(pid, SIGKILL);
     waitpid(pid, &status, 0);
     run.signalled = WIFSIGNALED(status);
+    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+  }
+
+  // Runs zpreport on a terminal of its own; each time the terminal shows the first text of the
+  // next step of `script`, types its second.
+  ProgramRun Terminal(const std::vector<std::string>& args,
+                      std::vector<std::pair<std::string, std::string>> script) const {
+    int terminal = -1;
+    const pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (pid < 0) return {};
+    if (pid == 0) {
+      if (chdir(Root().c_str()) != 0) _exit(126);
+      setenv("TMPDIR", Tmp().c_str(), 1);
+      std::vector<char*> argv{const_cast<char*>(kProgram.c_str()), const_cast<char*>("generate")};
+      for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+      argv.push_back(nullptr);
+      execv(kProgram.c_str(), argv.data());
+      _exit(127);
+    }
+    ProgramRun run;
+    std::size_t next = 0, seen = 0;
+    char buf[4096];
+    for (ssize_t n; (n = read(terminal, buf, sizeof buf)) > 0;) {
+      run.err.append(buf, static_cast<size_t>(n));
+      if (next < script.size() && run.err.find(script[next].first, seen) != std::string::npos) {
+        seen = run.err.size();
+        if (write(terminal, script[next].second.data(), script[next].second.size()) < 0) break;
+        ++next;
+      }
+    }
+    close(terminal);
+    int status = 0;
+    waitpid(pid, &status, 0);
     run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return run;
   }
@@ -311,4 +346,24 @@ TEST(HostileInput, InterruptsCleanUp) {
     EXPECT_NE(run.err.find("cancelled"), std::string::npos) << run.err;
   }
   box.ExpectOnlyDocuments({});
+}
+
+TEST(HostileInput, CtrlCOnATerminalAsksFirst) {
+  Sandbox box;
+  const std::string study = box.WriteStudy(ManyBodies(box.sample, 1500), "large.json");
+  const std::vector<std::string> args = {study, "--out", "out", "--name"};
+  auto with = [&](const char* name) {
+    std::vector<std::string> a = args;
+    a.push_back(name);
+    return a;
+  };
+  // No: the run goes on to its document.
+  const ProgramRun no = box.Terminal(with("Asked"), {{"Model Information", "\x03"}, {"[y/N] ", "n\n"}});
+  EXPECT_EQ(no.exitCode, 0) << no.err;
+  ExpectValidDocument(box.Out() / "Bracket-Asked.docx");
+  // A second Ctrl-C at the question cancels.
+  const ProgramRun twice = box.Terminal(with("Stopped"), {{"Model Information", "\x03"}, {"[y/N] ", "\x03"}});
+  EXPECT_EQ(twice.exitCode, 4) << twice.err;
+  EXPECT_NE(twice.err.find("cancelled"), std::string::npos) << twice.err;
+  box.ExpectOnlyDocuments({"Bracket-Asked.docx"});
 }
