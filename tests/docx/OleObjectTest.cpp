@@ -117,6 +117,19 @@ TEST(OleObject, EmbeddedFilesAreStoredAsWordKeepsThemAndComeBackByteForByte) {
   EXPECT_EQ(saved.doc.select_nodes("//w:object/v:shape/v:imagedata").size(), 3u);
   EXPECT_NE(BodyText(s.saved).find("!"), std::string::npos);
   EXPECT_TRUE(XmlFaults(s.saved).empty());
+
+  // Opened again and saved, the objects stay as they were; LibreOffice opens the document.
+  const std::string first = s.saved;
+  auto again = s.app->GetDocuments()->Add(Variant(Session::W(first)));
+  again->SaveAs(Variant(Session::W(s.dir.File("again.docx"))), Variant::I2(Word::wdFormatDocumentDefault));
+  Saved resaved(s.dir.File("again.docx"));
+  ASSERT_EQ(resaved.Objects().size(), 3u);
+  for (std::size_t i = 0; i < 3; ++i)
+    EXPECT_EQ(resaved.entries.at(resaved.Target(resaved.Objects()[i])).bytes,
+              saved.entries.at(saved.Target(objects[i])).bytes) << i;
+  if (HaveLibreOffice()) {
+    EXPECT_NE(LibreOfficeText(first).find("end"), std::string::npos);
+  }
 }
 
 TEST(OleObject, LinksPicturesAsContentAndRefusals) {
