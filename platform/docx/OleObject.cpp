@@ -375,13 +375,9 @@ PlacedObject InsertOleObject(DocModel& doc, Story& story, int pos, const OleRequ
     try {
       preview = ReadImage(bytes);
       previewMade = true;
-      placed.cx = static_cast<long long>(std::llround(preview.width * 914400.0 / (preview.dpiX > 0 ? preview.dpiX : 96)));
-      placed.cy = static_cast<long long>(std::llround(preview.height * 914400.0 / (preview.dpiY > 0 ? preview.dpiY : 96)));
-      const long long avail = doc.Options().clampPicturesToWidth ? AvailableWidth(doc, story, pos) : 0;
-      if (avail > 0 && placed.cx > avail) {
-        placed.cy = static_cast<long long>(std::llround(static_cast<double>(placed.cy) * avail / placed.cx));
-        placed.cx = avail;
-      }
+      const PlacedPicture size = PictureSize(doc, story, pos, preview);
+      placed.cx = size.cx;
+      placed.cy = size.cy;
     } catch (const Word::ComError&) {
       previewMade = false;
     }

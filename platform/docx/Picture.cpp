@@ -306,7 +306,7 @@ ImageInfo ReadImage(std::string bytes) {
 }
 
 // Width available at `pos`: the cell's preferred width, else the section's text width (EMU).
-long long AvailableWidth(DocModel& doc, Story& story, int pos) {
+static long long AvailableWidth(DocModel& doc, Story& story, int pos) {
   int off = 0;
   Item* it = story.ItemAt(pos, &off);
   if (it) {
@@ -358,7 +358,7 @@ std::string AddPictureMedia(DocModel& doc, Story& story, ImageInfo& img) {
   return pkg.AddRel(story.PartName(), kRelImage, media.substr(5));
 }
 
-PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img, const std::string& fileName) {
+PlacedPicture PictureSize(DocModel& doc, Story& story, int pos, const ImageInfo& img) {
   PlacedPicture placed;
   placed.cx = static_cast<long long>(std::llround(img.width * 914400.0 / (img.dpiX > 0 ? img.dpiX : 96)));
   placed.cy = static_cast<long long>(std::llround(img.height * 914400.0 / (img.dpiY > 0 ? img.dpiY : 96)));
@@ -369,6 +369,11 @@ PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img,
       placed.cx = avail;
     }
   }
+  return placed;
+}
+
+PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img, const std::string& fileName) {
+  const PlacedPicture placed = PictureSize(doc, story, pos, img);
   std::string rid = AddPictureMedia(doc, story, img);
   auto root = doc.Pkg().Xml(story.PartName()).document_element();
   EnsureNs(root, "xmlns:wp", "http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing");

@@ -46,9 +46,9 @@ struct PlacedPicture {
 };
 
 // Embeds the picture as one inline character at `pos` of `story`; its bytes move into the package.
-// The width a picture at `pos` of `story` may take (the cell's or the text's), in EMU; 0 when
-// unknown.
-long long AvailableWidth(DocModel& doc, Story& story, int pos);
+// The size a picture takes at `pos` of `story`: pixels by its resolution, scaled down to the
+// width available there (EngineOptions::clampPicturesToWidth).
+PlacedPicture PictureSize(DocModel& doc, Story& story, int pos, const ImageInfo& img);
 
 PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img, const std::string& fileName);
 
