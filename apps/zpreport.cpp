@@ -51,6 +51,7 @@ struct Library {
   GetZPReportOptionsObjectFn getOptions = nullptr;
   ZpSetRunBoxFrontEndFn setFrontEnd = nullptr;
   ZpSetSectionChoiceFn setSectionChoice = nullptr;
+  ZpSetUserSectionFn setUserSection = nullptr;
   ZpGetReportRunResultFn runResult = nullptr;
 };
 
@@ -64,6 +65,7 @@ bool LoadLibrary(const fs::path& path, Library& lib) {
   lib.getOptions = reinterpret_cast<GetZPReportOptionsObjectFn>(dlsym(lib.handle, "GetZPReportOptionsObject"));
   lib.setFrontEnd = reinterpret_cast<ZpSetRunBoxFrontEndFn>(dlsym(lib.handle, "ZpSetRunBoxFrontEnd"));
   lib.setSectionChoice = reinterpret_cast<ZpSetSectionChoiceFn>(dlsym(lib.handle, "ZpSetSectionChoice"));
+  lib.setUserSection = reinterpret_cast<ZpSetUserSectionFn>(dlsym(lib.handle, "ZpSetUserSection"));
   lib.runResult = reinterpret_cast<ZpGetReportRunResultFn>(dlsym(lib.handle, "ZpGetReportRunResult"));
   if (!lib.getManager || !lib.getOptions) {
     std::cerr << "zpreport: " << path << " does not export the report factory functions\n";
@@ -172,6 +174,14 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       if (lib.setSectionChoice(options, studyType, kind, included(kind), text.GetString()) == 2)
         Warn("report.comments." + FixtureSectionName(kind) + ": " + std::to_string(text.GetLength()) +
              " characters, cut to the " + std::to_string(kZpCommentLimit) + " that the report dialog takes");
+    if (data.userSection && !included(FixtureSectionKind("userDefined"))) {
+      Warn("report.userSection: the user section is in report.exclude, so it is left out");
+    } else if (data.userSection) {
+      const StudyData::UserSection& user = *data.userSection;
+      if (!lib.setUserSection ||
+          !lib.setUserSection(options, studyType, user.title.GetString(), user.file.GetString(), user.link, user.icon))
+        Warn("report.userSection: this report library has no user section; it is left out");
+    }
   }
 
   FixtureHost host(std::move(study));

@@ -6,6 +6,7 @@
 #include "core/RunFlags.h"
 #include "model/Archive.h"
 #include "model/Options.h"
+#include "model/Sections.h"
 #include "platform/docx/Engine.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Resources.h"
@@ -57,6 +58,25 @@ ZP_EXPORT int ZpSetSectionChoice(COVReportOptions* options, int studyType, int s
     section->m_commentsOn = 1;
     section->m_comments = given.Left(kZpCommentLimit);
     return given.GetLength() > kZpCommentLimit ? 2 : 1;
+  }
+  return 0;
+}
+
+ZP_EXPORT int ZpSetUserSection(COVReportOptions* options, int studyType, const char16_t* title, const char16_t* path,
+                               int link, int icon) {
+  auto* zpOptions = dynamic_cast<CZPNewReportOptions*>(options);
+  COVReportFormat* format = zpOptions ? zpOptions->GetFormat(studyType) : nullptr;
+  if (!format) return 0;
+  for (COVBaseReportSection* section : format->GetSections()) {
+    auto* user = dynamic_cast<CZPNewReportSectionUser*>(section);
+    if (!user) continue;
+    user->m_included = 1;
+    user->SetTitle(CString(title ? title : u""));
+    user->m_externalPath = CString(path ? path : u"");
+    user->m_insertExternal = user->m_externalPath.IsEmpty() ? 0 : 1;
+    user->m_linkToFile = link != 0 ? 1 : 0;
+    user->m_displayAsIcon = icon != 0 ? 1 : 0;
+    return 1;
   }
   return 0;
 }

@@ -36,6 +36,13 @@ enum { kZpDescriptionLimit = 500, kZpCommentLimit = 1000 };
 using ZpSetSectionChoiceFn = int (*)(COVReportOptions* options, int studyType, int sectionKind,
                                      int included, const char16_t* text);
 
+// Puts into the format that new reports of `studyType` start from the user section as a user
+// sets it up in the report dialog: included, with `title`, and when `path` is not empty the
+// outside file it shows, linked or embedded, as an icon or as its content. Returns 1; 0 when
+// that format has no user section. Optional for the loader.
+using ZpSetUserSectionFn = int (*)(COVReportOptions* options, int studyType, const char16_t* title,
+                                   const char16_t* path, int link, int icon);
+
 // How the last run of `report` ended: 1 generated, 2 failed, 3 cancelled, 0 not run. When
 // `reason` is not null it receives the reason of a failure or a cancel in words (empty after a
 // success), valid until the report runs again or is deleted. Optional for the loader.

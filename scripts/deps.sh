@@ -6,7 +6,7 @@ pkgs=(build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-de
       libpugixml-dev libzip-dev zlib1g-dev nlohmann-json3-dev libcli11-dev libstb-dev
       clang libclang-rt-14-dev zip locales)
 if [[ "${1:-}" == "--with-office" ]]; then
-  pkgs+=(libreoffice-writer-nogui poppler-utils fonts-dejavu-core fonts-liberation)
+  pkgs+=(libreoffice-writer-nogui libreoffice-calc-nogui poppler-utils fonts-dejavu-core fonts-liberation)
 fi
 missing=()
 for p in "${pkgs[@]}"; do

@@ -8,7 +8,6 @@
 // ---- model side
 void CZPNewReportSectionConnectors::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*imageFolder*/,
                                                            zphStudy* /*study*/) {}
-void CZPNewReportSectionUser::UpdateDetailsInWordDoc(SelectionPtr /*selection*/) {}
 
 // ---- results side
 void CZPNewReportSection::UpdateContactsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,

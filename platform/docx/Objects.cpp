@@ -12,6 +12,7 @@
 
 #include "platform/docx/Edit.h"
 #include "platform/docx/Engine.h"
+#include "platform/docx/OleObject.h"
 #include "platform/docx/Picture.h"
 #include "platform/docx/Util.h"
 
@@ -380,18 +381,21 @@ class FontImpl : public Word::Font {
 // ---------------------------------------------------------------- Inline shapes
 class InlineShapeImpl : public Word::InlineShape {
  public:
-  InlineShapeImpl(DocPtr doc, Story* story, int pos, long long cx, long long cy)
-      : m_doc(std::move(doc)), m_story(story), m_pos(pos), m_cx(cx), m_cy(cy) {}
-  std::int32_t GetType() override { return Word::wdInlineShapePicture; }
+  InlineShapeImpl(DocPtr doc, Story* story, int pos, long long cx, long long cy,
+                  std::int32_t type = Word::wdInlineShapePicture, int length = 1)
+      : m_doc(std::move(doc)), m_story(story), m_pos(pos), m_cx(cx), m_cy(cy), m_type(type), m_length(length) {}
+  std::int32_t GetType() override { return m_type; }
   float GetWidth() override { return static_cast<float>(m_cx / 12700.0); }
   float GetHeight() override { return static_cast<float>(m_cy / 12700.0); }
-  Ptr<Word::Range> GetRange() override { return std::make_shared<RangeImpl>(m_doc, m_story, m_pos, m_pos + 1); }
+  Ptr<Word::Range> GetRange() override { return std::make_shared<RangeImpl>(m_doc, m_story, m_pos, m_pos + m_length); }
 
  private:
   DocPtr m_doc;
   Story* m_story;
   int m_pos;
   long long m_cx, m_cy;
+  std::int32_t m_type;
+  int m_length;
 };
 
 class InlineShapesImpl : public Word::InlineShapes {
@@ -414,34 +418,60 @@ class InlineShapesImpl : public Word::InlineShapes {
     (void)SaveWithDocument;
     std::string path = NativePath(FileName);
     ImageInfo img = ReadImage(ReadPictureFile(path));
-    Story* story = m_story;
-    int s = m_start, e = m_end;
-    bool moveSelection = m_sel;
-    if (auto r = Range.AsRange()) {
-      auto ri = std::dynamic_pointer_cast<RangeImpl>(r);
-      if (!ri) throw ComError(E_INVALIDARG, "foreign range");
-      story = ri->GetStory();
-      s = ri->GetStart();
-      e = ri->GetEnd();
-      moveSelection = false;
-    } else if (m_sel) {
-      story = d.sel.story;
-      s = d.sel.start;
-      e = d.sel.end;
-    }
-    if (e > s) {
-      if (!DeleteSpan(*story, s, e)) throw ComError(E_NOTIMPL, "a picture over table cells");
-    }
-    PlacedPicture placed = InsertPicture(d, *story, s, std::move(img), BaseName(path));
-    if (moveSelection) d.sel = SelectionState{story, s + 1, s + 1, false};
-    return std::make_shared<InlineShapeImpl>(m_doc, story, s, placed.cx, placed.cy);
+    Target t = TargetOf(d, Range);
+    PlacedPicture placed = InsertPicture(d, *t.story, t.start, std::move(img), BaseName(path));
+    if (t.moveSelection) d.sel = SelectionState{t.story, t.start + 1, t.start + 1, false};
+    return std::make_shared<InlineShapeImpl>(m_doc, t.story, t.start, placed.cx, placed.cy);
   }
-  Ptr<Word::InlineShape> AddOLEObject(const Variant&, const Variant&, const Variant&, const Variant&, const Variant&,
-                                      const Variant&, const Variant&, const Variant&) override {
-    throw ComError(E_NOTIMPL, "embedded objects need an object server");
+  // An object made from a file; a class without a file would need the class's own server.
+  Ptr<Word::InlineShape> AddOLEObject(const Variant& ClassType, const Variant& FileName, const Variant& LinkToFile,
+                                      const Variant& DisplayAsIcon, const Variant& IconFileName,
+                                      const Variant& IconIndex, const Variant& IconLabel, const Variant& Range) override {
+    DocModel& d = Live(m_doc);
+    (void)IconFileName;  // the icon is drawn by the engine
+    (void)IconIndex;
+    OleRequest request;
+    request.classType = ToUtf8(ClassType.AsStringOr(u""));
+    const Word::String file = FileName.AsStringOr(u"");
+    if (file.empty()) throw ComError(E_NOTIMPL, "a new object of class " + request.classType + " needs its server");
+    request.path = NativePath(file);
+    request.link = LinkToFile.AsBoolOr(false);
+    request.icon = DisplayAsIcon.AsBoolOr(false);
+    request.label = ToUtf8(IconLabel.AsStringOr(FromUtf8(BaseName(request.path))));
+    CheckOleFile(request);  // before the range is emptied
+    Target t = TargetOf(d, Range);
+    PlacedObject placed = InsertOleObject(d, *t.story, t.start, request);
+    if (t.moveSelection) d.sel = SelectionState{t.story, t.start + placed.length, t.start + placed.length, false};
+    return std::make_shared<InlineShapeImpl>(
+        m_doc, t.story, t.start, placed.cx, placed.cy,
+        placed.linked ? Word::wdInlineShapeLinkedOLEObject : Word::wdInlineShapeEmbeddedOLEObject, placed.length);
   }
 
  private:
+  // Where a new shape goes: the range given, else this collection's span, which is emptied
+  // first; the selection follows when the collection is the selection's.
+  struct Target {
+    Story* story;
+    int start;
+    bool moveSelection;
+  };
+  Target TargetOf(DocModel& d, const Variant& range) {
+    Target t{m_story, m_start, m_sel};
+    int e = m_end;
+    if (auto r = range.AsRange()) {
+      auto ri = std::dynamic_pointer_cast<RangeImpl>(r);
+      if (!ri) throw ComError(E_INVALIDARG, "foreign range");
+      t = Target{ri->GetStory(), ri->GetStart(), false};
+      e = ri->GetEnd();
+    } else if (m_sel) {
+      t.story = d.sel.story;
+      t.start = d.sel.start;
+      e = d.sel.end;
+    }
+    if (e > t.start && !DeleteSpan(*t.story, t.start, e)) throw ComError(E_NOTIMPL, "a shape over table cells");
+    return t;
+  }
+
   DocPtr m_doc;
   Story* m_story;
   int m_start, m_end;

@@ -465,6 +465,9 @@ class PageFlow {
         Drawing(c, lb, width);
       } else if (std::strcmp(nm, "mc:AlternateContent") == 0) {
         if (auto dr = c.child("mc:Choice").child("w:drawing")) Drawing(dr, lb, width);
+      } else if (std::strcmp(nm, "w:object") == 0) {  // an embedded or linked object, in twips
+        lb.Picture(std::clamp<long>(c.attribute("w:dxaOrig").as_int(), 0, kBig),
+                   std::clamp<long>(c.attribute("w:dyaOrig").as_int(), 0, kBig));
       }
     });
     lb.End();

@@ -233,19 +233,19 @@ std::string EncodePng(const unsigned char* pixels, int width, int height, int ch
   return png;
 }
 
-std::string ReadPictureFile(const std::string& path) {
-  // Non-blocking, so that a named pipe in a picture's place is refused, not waited on.
+std::string ReadFileCapped(const std::string& path, std::uint64_t cap, const char* what) {
+  // Non-blocking, so that a named pipe in the file's place is refused, not waited on.
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat st {};
   if (fd < 0 || ::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
     if (fd >= 0) ::close(fd);
-    Fail(Word::WordError(Word::wdErrFileNotFound), "cannot open picture " + path);
+    Fail(Word::WordError(Word::wdErrFileNotFound), std::string("cannot open ") + what + " " + path);
   }
   const auto size = static_cast<std::uint64_t>(st.st_size);
-  if (size > kMaxPictureFileBytes) {
+  if (size > cap) {
     ::close(fd);
-    Fail(E_INVALIDARG, "picture " + path + " is " + std::to_string(size) + " bytes, more than the " +
-                           std::to_string(kMaxPictureFileBytes >> 20) + " MiB a picture file may have");
+    Fail(E_INVALIDARG, std::string(what) + " " + path + " is " + std::to_string(size) + " bytes, more than the " +
+                           std::to_string(cap >> 20) + " MiB a " + what + " may have");
   }
   std::string bytes(static_cast<std::size_t>(size), '\0');
   std::size_t got = 0;
@@ -256,9 +256,11 @@ std::string ReadPictureFile(const std::string& path) {
     got += static_cast<std::size_t>(n);
   }
   ::close(fd);
-  if (got != bytes.size()) Fail(Word::WordError(Word::wdErrFileNotFound), "cannot read picture " + path);
+  if (got != bytes.size()) Fail(Word::WordError(Word::wdErrFileNotFound), std::string("cannot read ") + what + " " + path);
   return bytes;
 }
+
+std::string ReadPictureFile(const std::string& path) { return ReadFileCapped(path, kMaxPictureFileBytes, "picture file"); }
 
 ImageInfo ReadImage(std::string bytes) {
   ImageInfo info;
@@ -303,9 +305,8 @@ ImageInfo ReadImage(std::string bytes) {
   return info;
 }
 
-namespace {
 // Width available at `pos`: the cell's preferred width, else the section's text width (EMU).
-long long AvailableWidth(DocModel& doc, Story& story, int pos) {
+static long long AvailableWidth(DocModel& doc, Story& story, int pos) {
   int off = 0;
   Item* it = story.ItemAt(pos, &off);
   if (it) {
@@ -322,9 +323,7 @@ long long AvailableWidth(DocModel& doc, Story& story, int pos) {
   return w > 0 ? static_cast<long long>(w) * 635 : 0;
 }
 
-void EnsureNs(pugi::xml_node root, const char* attr, const char* uri) {
-  if (!root.attribute(attr)) root.append_attribute(attr).set_value(uri);
-}
+namespace {
 
 // The markup of an inline picture, parsed once; each picture is a copy with its own values.
 const pugi::xml_document& DrawingTemplate() {
@@ -351,7 +350,15 @@ const pugi::xml_document& DrawingTemplate() {
 }
 }  // namespace
 
-PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img, const std::string& fileName) {
+std::string AddPictureMedia(DocModel& doc, Story& story, ImageInfo& img) {
+  Package& pkg = doc.Pkg();
+  std::string media = doc.NewPartName("word/media/image", img.ext);
+  pkg.PutMedia(media, std::move(img.bytes));
+  pkg.EnsureDefault(img.ext, img.contentType);
+  return pkg.AddRel(story.PartName(), kRelImage, media.substr(5));
+}
+
+PlacedPicture PictureSize(DocModel& doc, Story& story, int pos, const ImageInfo& img) {
   PlacedPicture placed;
   placed.cx = static_cast<long long>(std::llround(img.width * 914400.0 / (img.dpiX > 0 ? img.dpiX : 96)));
   placed.cy = static_cast<long long>(std::llround(img.height * 914400.0 / (img.dpiY > 0 ? img.dpiY : 96)));
@@ -362,12 +369,13 @@ PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img,
       placed.cx = avail;
     }
   }
-  Package& pkg = doc.Pkg();
-  std::string media = doc.NewPartName("word/media/image", img.ext);
-  pkg.PutMedia(media, std::move(img.bytes));
-  pkg.EnsureDefault(img.ext, img.contentType);
-  std::string rid = pkg.AddRel(story.PartName(), kRelImage, media.substr(5));
-  auto root = pkg.Xml(story.PartName()).document_element();
+  return placed;
+}
+
+PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img, const std::string& fileName) {
+  const PlacedPicture placed = PictureSize(doc, story, pos, img);
+  std::string rid = AddPictureMedia(doc, story, img);
+  auto root = doc.Pkg().Xml(story.PartName()).document_element();
   EnsureNs(root, "xmlns:wp", "http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing");
   EnsureNs(root, "xmlns:r", "http://schemas.openxmlformats.org/officeDocument/2006/relationships");
 

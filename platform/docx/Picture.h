@@ -19,6 +19,11 @@ struct ImageInfo {
   std::string bytes;              // what goes into the package
 };
 
+// The bytes of a file, read in one go: a missing file, or anything but a regular file, raises
+// wdErrFileNotFound; a file over `cap` bytes E_INVALIDARG, before anything is read. `what`
+// names the file in the messages ("picture file").
+std::string ReadFileCapped(const std::string& path, std::uint64_t cap, const char* what);
+
 // The bytes of a picture file, read in one go. A missing file raises wdErrFileNotFound, a
 // file over kMaxPictureFileBytes E_INVALIDARG, before anything is read.
 std::string ReadPictureFile(const std::string& path);
@@ -32,11 +37,19 @@ ImageInfo ReadImage(std::string bytes);
 // A PNG of 8-bit pixels (1 to 4 channels: grey, grey and alpha, RGB, RGBA), rows top down.
 std::string EncodePng(const unsigned char* pixels, int width, int height, int channels);
 
+// Adds the picture as a media part with an image relationship of `story`'s part; returns
+// the relationship's id. The bytes move into the package.
+std::string AddPictureMedia(DocModel& doc, Story& story, ImageInfo& img);
+
 struct PlacedPicture {
   long long cx = 0, cy = 0;        // EMU
 };
 
 // Embeds the picture as one inline character at `pos` of `story`; its bytes move into the package.
+// The size a picture takes at `pos` of `story`: pixels by its resolution, scaled down to the
+// width available there (EngineOptions::clampPicturesToWidth).
+PlacedPicture PictureSize(DocModel& doc, Story& story, int pos, const ImageInfo& img);
+
 PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img, const std::string& fileName);
 
 }  // namespace docx

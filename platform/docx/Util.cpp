@@ -195,4 +195,8 @@ const char* const kTcPrOrder[] = {
     "w:textDirection", "w:tcFitText", "w:vAlign", "w:hideMark", "w:headers", "w:cellIns", "w:cellDel",
     "w:cellMerge", "w:tcPrChange", nullptr};
 
+void EnsureNs(pugi::xml_node root, const char* attr, const char* uri) {
+  if (!root.attribute(attr)) root.append_attribute(attr).set_value(uri);
+}
+
 }  // namespace docx

@@ -53,6 +53,8 @@ bool Is(pugi::xml_node n, const char* name);
 pugi::xml_node EnsureChildOrdered(pugi::xml_node parent, const char* name, const char* const* order);
 pugi::xml_node InsertChildOrdered(pugi::xml_node parent, const char* name, const char* const* order);
 void SetVal(pugi::xml_node n, const char* value);
+// Declares a namespace prefix (`attr` "xmlns:v") on a part's root element unless it is there.
+void EnsureNs(pugi::xml_node root, const char* attr, const char* uri);
 void SetText(pugi::xml_node t, const std::string& utf8);  // w:t text (XmlText), with xml:space when needed
 
 extern const char* const kPPrOrder[];

@@ -1,5 +1,6 @@
 #include "platform/system/FileHelpers.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
@@ -44,6 +45,12 @@ bool EndsWithNoCase(const CString& name, const char16_t* ext) {
 }
 
 }  // namespace
+
+bool FileDisplayName(const CString& path, CString& name) {
+  const int cut = std::max(path.ReverseFind(u'\\'), path.ReverseFind(u'/'));
+  name = path.Mid(cut + 1);
+  return !name.IsEmpty();
+}
 
 bool FileProbe(const CString& path, int& locked) {
   locked = 0;

@@ -10,6 +10,10 @@
 // (flock, or a POSIX record lock of another process) `locked` becomes 1. Then true.
 bool FileProbe(const CString& path, int& locked);
 
+// The name a file browser shows for `path`: its last component, behind either separator. The
+// file is not looked at. False (and `name` empty) when the path ends in a separator or is empty.
+bool FileDisplayName(const CString& path, CString& name);
+
 // Creates and removes a file named "dummy" in the folder; false on any file error, and for
 // an empty path.
 bool FolderIsWritable(const CString& path);

@@ -360,6 +360,73 @@ std::string PartText(const std::string& path, const std::string& part) {
   return out;
 }
 
+std::map<std::u16string, std::string> CompoundStreams(const std::string& f) {
+  auto fail = [](const char* why) -> std::uint32_t { throw std::runtime_error(std::string("compound file: ") + why); };
+  auto u32 = [&](std::uint64_t at) -> std::uint32_t {
+    if (at + 4 > f.size()) return fail("read past the end");
+    std::uint32_t v = 0;
+    for (int i = 3; i >= 0; --i) v = (v << 8) | static_cast<unsigned char>(f[at + i]);
+    return v;
+  };
+  if (f.size() < 512 || f.compare(0, 8, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8) != 0) fail("no signature");
+  const std::uint32_t fatSectors = u32(44), dirStart = u32(48), miniFatStart = u32(60), difatStart = u32(68);
+  std::vector<std::uint32_t> fatList;
+  for (std::uint32_t i = 0; i < 109 && fatList.size() < fatSectors; ++i) fatList.push_back(u32(76 + 4 * i));
+  for (std::uint32_t d = difatStart; fatList.size() < fatSectors; d = u32(512ull * (d + 1) + 508))
+    for (std::uint32_t k = 0; k < 127 && fatList.size() < fatSectors; ++k) fatList.push_back(u32(512ull * (d + 1) + 4 * k));
+  std::vector<std::uint32_t> fat;
+  for (std::uint32_t s : fatList)
+    for (std::uint32_t k = 0; k < 128; ++k) fat.push_back(u32(512ull * (s + 1) + 4 * k));
+  auto chain = [&](std::uint32_t start) {
+    std::string out;
+    for (std::uint32_t s = start, n = 0; s != 0xFFFFFFFE; s = fat.at(s)) {
+      if (++n > fat.size()) fail("a chain that loops");
+      if (512ull * (s + 2) > f.size()) fail("a sector past the end");
+      out.append(f, 512ull * (s + 1), 512);
+    }
+    return out;
+  };
+  const std::string dir = chain(dirStart);
+  const std::uint32_t rootStart = u32(512ull * (dirStart + 1) + 116);
+  const std::string mini = rootStart == 0xFFFFFFFE ? std::string() : chain(rootStart);
+  std::vector<std::uint32_t> miniFat;
+  if (miniFatStart != 0xFFFFFFFE) {
+    const std::string m = chain(miniFatStart);
+    for (std::size_t i = 0; i + 4 <= m.size(); i += 4)
+      miniFat.push_back(static_cast<std::uint32_t>(static_cast<unsigned char>(m[i])) |
+                        static_cast<std::uint32_t>(static_cast<unsigned char>(m[i + 1])) << 8 |
+                        static_cast<std::uint32_t>(static_cast<unsigned char>(m[i + 2])) << 16 |
+                        static_cast<std::uint32_t>(static_cast<unsigned char>(m[i + 3])) << 24);
+  }
+  std::map<std::u16string, std::string> streams;
+  for (std::size_t e = 128; e + 128 <= dir.size(); e += 128) {
+    if (dir[e + 66] != 2) continue;  // streams only
+    const auto le = [&](std::size_t at) {
+      std::uint32_t v = 0;
+      for (int i = 3; i >= 0; --i) v = (v << 8) | static_cast<unsigned char>(dir[at + i]);
+      return v;
+    };
+    const std::size_t nameBytes = static_cast<unsigned char>(dir[e + 64]) | static_cast<unsigned char>(dir[e + 65]) << 8;
+    std::u16string name;
+    for (std::size_t k = 0; k + 2 < nameBytes && k < 62; k += 2)
+      name += static_cast<char16_t>(static_cast<unsigned char>(dir[e + k]) | static_cast<unsigned char>(dir[e + k + 1]) << 8);
+    const std::uint32_t start = le(e + 116), size = le(e + 120);
+    std::string data;
+    if (size < 4096) {
+      for (std::uint32_t s = start, n = 0; s != 0xFFFFFFFE && data.size() < size; s = miniFat.at(s)) {
+        if (++n > miniFat.size() || 64ull * (s + 1) > mini.size()) fail("a bad mini chain");
+        data.append(mini, 64ull * s, 64);
+      }
+    } else {
+      data = chain(start);
+    }
+    if (data.size() < size) fail("a stream shorter than its size");
+    data.resize(size);
+    streams[name] = data;
+  }
+  return streams;
+}
+
 bool HaveLibreOffice() { return std::system("command -v soffice >/dev/null 2>&1") == 0; }
 
 std::string LibreOfficeText(const std::string& path) {

@@ -65,6 +65,10 @@ std::string BodyText(const std::string& path);
 // paragraph (UTF-8); empty when the part is missing.
 std::string PartText(const std::string& path, const std::string& part);
 
+// The streams of the root storage of a compound file, by name (a reader of our own, apart
+// from the engine's writer); throws std::runtime_error when the file is damaged.
+std::map<std::u16string, std::string> CompoundStreams(const std::string& bytes);
+
 // True when soffice is on this machine.
 bool HaveLibreOffice();
 // Converts `path` with LibreOffice headless to plain text (UTF-8); throws on failure.

@@ -223,6 +223,15 @@ std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> fixtureStudy, con
       description->m_description = study->Data().description;
     if (auto* results = dynamic_cast<CZPNewReportSectionStudyResults*>(section); results && setup.resultOption >= 0)
       results->m_resultOption = setup.resultOption;
+    // The user section's file, as the study file names it.
+    if (auto* user = dynamic_cast<CZPNewReportSectionUser*>(section); user && study->Data().userSection) {
+      const auto& given = *study->Data().userSection;
+      user->SetTitle(given.title);
+      user->m_insertExternal = given.file.IsEmpty() ? 0 : 1;
+      user->m_externalPath = given.file;
+      user->m_linkToFile = given.link ? 1 : 0;
+      user->m_displayAsIcon = given.icon ? 1 : 0;
+    }
   }
 
   COVReportManager manager;
