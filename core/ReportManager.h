@@ -1,11 +1,14 @@
 #pragma once
 // CZPReportManager: the reports of one study, and the report commands of the study tree.
+#include <memory>
+
 #include "core/ImageChoice.h"
 #include "core/framework/COVReportManager.h"
 #include "platform/mfc/CString.h"
 
 class CZPReport;
 class CZPNewReportOptions;
+class IDialogDriver;
 class zphStudy;
 
 class CZPReportManager : public COVReportManager {
@@ -40,9 +43,16 @@ public:
   // The first report of each name wins; every report object is replaced by a copy.
   void RemoveDuplicateReports();
 
+  // Who runs the manager's dialogs: by default a user who presses each dialog's default
+  // button; tests and unattended runs give a scripted driver.
+  void SetDialogDriver(std::shared_ptr<IDialogDriver> driver) { m_dialogDriver = std::move(driver); }
+  IDialogDriver& DialogDriver();
+
   zphStudy* m_study = nullptr;
 
 private:
+  std::shared_ptr<IDialogDriver> m_dialogDriver;
+
   // The study type of the manager's study, 4 for an active design study; false when there
   // is neither.
   bool GetStudyType(int& studyType);
