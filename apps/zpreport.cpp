@@ -349,8 +349,8 @@ ZP_CALLS_INTO_LIBRARY int Preferences(const PreferencesArgs& args) {
 int main(int argc, char** argv) {
   CLI::App app{"Generates study reports through the report library, as the simulation add-in does."};
   app.require_subcommand(1);
-  app.footer("Exit codes of generate: 0 generated; 2 the study file, an argument or TMPDIR cannot be used "
-             "(nothing written); 3 the run failed (nothing written); 4 cancelled; 5 written, but pictures are "
+  app.footer("Exit codes of generate: 0 generated; 2 the study file, an argument, the answers file or TMPDIR "
+             "cannot be used (nothing written); 3 the run failed (nothing written); 4 cancelled; 5 written, but pictures are "
              "missing; 70 an error of the program itself.");
   GenerateArgs args;
   CLI::App* generate = app.add_subcommand("generate", "Generate the report of a study file");

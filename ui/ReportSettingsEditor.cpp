@@ -60,10 +60,14 @@ bool ValidateReportPlace(CDialog& dialog, const CString& folder, CString& fileTe
   const CString extension = ReportFileExtension(outputType, officeVersion);
   const CString probe = folder + u"\\Temp" + MakeFileName(fileText) + extension;
   {
+    // A file of the probe's name that is there already is only opened, never emptied nor removed.
+    int locked = 0;
+    const bool existed = FileProbe(probe, locked);
     CFile file;
-    if (!file.Open(probe, CFile::modeCreate | CFile::modeWrite)) return fail(55002);
+    if (!file.Open(probe, CFile::modeCreate | CFile::modeWrite | (existed ? CFile::modeNoTruncate : 0u)))
+      return fail(55002);
     file.Abort();
-    RemoveFileIfPresent(probe);
+    if (!existed) RemoveFileIfPresent(probe);
   }
   if (logoHeader && logoHeader->m_logoOn) {
     if (logoHeader->m_logoPath.IsEmpty()) return fail(54997);
@@ -163,6 +167,9 @@ void ReportSettingsEditor::LoadWorkingCopies() {
 }
 
 void ReportSettingsEditor::Start() {
+  // The dialog's own start: the fields to the controls, so that the first taking of values
+  // (a format change) reads back what the header holds.
+  Exchange(FALSE);
   m_owner.ShowControl(kGridPlaceholder, false);
   m_owner.ShowControl(kHiddenButton, false);
   Control& grid = m_owner.GetControl(kGrid);

@@ -290,6 +290,7 @@ TEST(PreferencePage, SavesTheFormatsFileItsOptionsRead) {
   zpUtilities_c::SetOVAppDataFolder(CString(appData.Path()));
   {
     CZPNewReportOptions options;
+    options.GetHeaderInfo()->m_company = u"Kept Ltd";
     ScriptedDialogDriver driver;
     driver.AddStep(kPreferencePageIdd, Json::parse(R"({"14254": 3, "12113": true, "12106": "/srv/reports"})"));
     driver.AddStep(kPreferencePageIdd, Json::parse(R"({"12110": {"row": 1, "checked": false}})"));
@@ -304,6 +305,7 @@ TEST(PreferencePage, SavesTheFormatsFileItsOptionsRead) {
   EXPECT_EQ(reloaded.GetFormat(3)->GetSection(kSectionAssumptions)->m_included, 0);
   EXPECT_EQ(reloaded.GetFormat(0)->GetSection(kSectionAssumptions)->m_included, 1);
   EXPECT_EQ(reloaded.GetHeaderInfo()->m_designer, CString(u"P. Page"));
+  EXPECT_EQ(reloaded.GetHeaderInfo()->m_company, CString(u"Kept Ltd")) << "what the page didn't touch stays";
   EXPECT_EQ(reloaded.GetHeaderInfo()->m_publishOption, 1);
   EXPECT_EQ(reloaded.GetHeaderInfo()->m_reportFolder, CString(u"/srv/reports"));
   // The file is the options' store, byte for byte, and nothing else is left beside it.
