@@ -66,6 +66,12 @@ inline constexpr int kFax = 14328;
 inline constexpr int kEmailOn = 14329;
 inline constexpr int kEmail = 14330;
 
+// The header's switches: a click takes the values and updates what they enable.
+inline bool IsHeaderSwitch(int id) {
+  return id == kLogoOn || id == kDesignerOn || id == kCompanyOn || id == kAddressOn || id == kPhoneOn ||
+         id == kFaxOn || id == kEmailOn;
+}
+
 // ---- the small dialogs
 inline constexpr int kImageOk = 12087;        // OK of the image and short dialogs
 inline constexpr int kImagePreview = 12117;

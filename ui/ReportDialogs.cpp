@@ -22,14 +22,6 @@ CString ImageKey(const CString& name) {
   return bracket >= 0 ? name.Left(bracket) : name;
 }
 
-void AddHeaderControls(CDialog& d) {
-  for (int id : {kLogoOn, kDesignerOn, kCompanyOn, kAddressOn, kPhoneOn, kFaxOn, kEmailOn, kShowOnPublish})
-    d.AddControl(id, ControlKind::Check);
-  for (int id : {kLogoPath, kDesigner, kCompany, kAddress1, kAddress2, kPhone, kFax, kEmail})
-    d.AddControl(id, ControlKind::Edit);
-  d.AddControl(kLogoBrowse, ControlKind::Button);
-}
-
 }  // namespace
 
 // ---- the report dialog
@@ -343,6 +335,11 @@ bool CZPBreviaReportDlg::Validate() {
 
 void CZPBreviaReportDlg::OnClicked(int id) {
   CZPReportHeaderInfo* header = m_report->m_headerInfo;
+  if (IsHeaderSwitch(id)) {
+    UpdateData(TRUE);
+    header->UpdateUI(this);
+    return;
+  }
   switch (id) {
     case kImageOk:
       if (Validate()) EndDialog(IDOK);
@@ -372,16 +369,6 @@ void CZPBreviaReportDlg::OnClicked(int id) {
       }
       return;
     }
-    case kLogoOn:
-    case kDesignerOn:
-    case kCompanyOn:
-    case kAddressOn:
-    case kPhoneOn:
-    case kFaxOn:
-    case kEmailOn:
-      UpdateData(TRUE);
-      header->UpdateUI(this);
-      return;
     case kExtraFlag:
       m_extraFlag = GetCheck(kExtraFlag);
       return;

@@ -27,11 +27,6 @@ constexpr const char16_t* kExternalFilter =
 constexpr int kTitleTypingLimit = 256;
 constexpr int kCommentTypingLimit = 1024;
 
-// The header's switches: a click takes the values and updates what they enable.
-bool IsHeaderSwitch(int id) {
-  return id == kLogoOn || id == kDesignerOn || id == kCompanyOn || id == kAddressOn || id == kPhoneOn ||
-         id == kFaxOn || id == kEmailOn;
-}
 bool IsHeaderEdit(int id) {
   return id == kLogoPath || id == kDesigner || id == kCompany || id == kAddress1 || id == kAddress2 ||
          id == kPhone || id == kFax || id == kEmail;
@@ -82,48 +77,36 @@ bool ValidateReportPlace(CDialog& dialog, const CString& folder, CString& fileTe
   return dialog.ShowMessage(ZpCommonString(50560) + path + u" ?", MB_OKCANCEL) != IDCANCEL;
 }
 
+void AddHeaderControls(CDialog& d) {
+  for (int id : {kLogoOn, kDesignerOn, kCompanyOn, kAddressOn, kPhoneOn, kFaxOn, kEmailOn, kShowOnPublish})
+    d.AddControl(id, ControlKind::Check);
+  for (int id : {kLogoPath, kDesigner, kCompany, kAddress1, kAddress2, kPhone, kFax, kEmail})
+    d.AddControl(id, ControlKind::Edit);
+  d.AddControl(kLogoBrowse, ControlKind::Button);
+}
+
 void AddReportSettingsControls(CDialog& d, bool reportMode) {
   using K = ControlKind;
-  d.AddControl(kGridPlaceholder, K::Static);
-  d.AddControl(kGrid, K::Grid);
-  d.AddControl(kFormatName, K::Static);
-  d.AddControl(kFolder, K::Edit);
-  d.AddControl(kFolderBrowse, K::Button);
-  d.AddControl(kHelp, K::Button);
-  d.AddControl(kShowOnPublish, K::Check);
+  const std::pair<int, ControlKind> controls[] = {
+      {kGridPlaceholder, K::Static}, {kGrid, K::Grid}, {kFormatName, K::Static}, {kFolder, K::Edit},
+      {kFolderBrowse, K::Button}, {kHelp, K::Button}, {kAddSection, K::Button}, {kRemoveSection, K::Button},
+      {kHideUserControls, K::Button}, {kShowUserControls, K::Button}, {kHiddenButton, K::Button},
+      // The sections' controls.
+      {kSectionLabel, K::Static}, {kTitle, K::Edit}, {kCommentsOn, K::Check}, {kComments, K::Edit},
+      {kDescriptionLabel, K::Static}, {kDescription, K::Edit}, {kModelOption0, K::Check}, {kModelOption4, K::Check},
+      {kBeamForces, K::Check}, {kBeamStresses, K::Check}, {kBeamForcesChoice, K::Combo},
+      {kBeamStressesChoice, K::Combo}, {kResultOption, K::Check}, {kInsertExternal, K::Check},
+      {kExternalPath, K::Edit}, {kExternalBrowse, K::Button}, {kExternalLabel, K::Static}};
+  for (const auto& [id, kind] : controls) d.AddControl(id, kind);
+  d.GetControl(kTitle).typingLimit = kTitleTypingLimit;
+  d.GetControl(kComments).typingLimit = kCommentTypingLimit;
   d.AddRadioGroup({kPaperGroup, kPaperA4});
-  d.AddControl(kAddSection, K::Button);
-  d.AddControl(kRemoveSection, K::Button);
-  d.AddControl(kHideUserControls, K::Button);
-  d.AddControl(kShowUserControls, K::Button);
-  d.AddControl(kHiddenButton, K::Button);
-  // The sections' controls.
-  d.AddControl(kSectionLabel, K::Static);
-  d.AddControl(kTitle, K::Edit).typingLimit = kTitleTypingLimit;
-  d.AddControl(kCommentsOn, K::Check);
-  d.AddControl(kComments, K::Edit).typingLimit = kCommentTypingLimit;
-  d.AddControl(kDescriptionLabel, K::Static);
-  d.AddControl(kDescription, K::Edit);
-  d.AddControl(kModelOption0, K::Check);
-  d.AddControl(kModelOption4, K::Check);
-  d.AddControl(kBeamForces, K::Check);
-  d.AddControl(kBeamStresses, K::Check);
-  d.AddControl(kBeamForcesChoice, K::Combo);
-  d.AddControl(kBeamStressesChoice, K::Combo);
-  d.AddControl(kResultOption, K::Check);
-  d.AddControl(kInsertExternal, K::Check);
-  d.AddControl(kExternalPath, K::Edit);
-  d.AddControl(kExternalBrowse, K::Button);
-  d.AddControl(kExternalLabel, K::Static);
   d.AddRadioGroup({kLinkGroup, kLinkToFile});
   for (int id : {kSectionLabel, kTitle, kCommentsOn, kComments, kDescriptionLabel, kDescription, kModelOption0,
                  kModelOption4, kBeamForces, kBeamStresses, kBeamForcesChoice, kBeamStressesChoice, kResultOption,
                  kInsertExternal, kExternalPath, kExternalBrowse, kExternalLabel, kLinkGroup, kLinkToFile})
     d.ShowControl(id, false);
-  // The header's controls.
-  for (int id : {kLogoOn, kDesignerOn, kCompanyOn, kAddressOn, kPhoneOn, kFaxOn, kEmailOn}) d.AddControl(id, K::Check);
-  for (int id : {kLogoPath, kDesigner, kCompany, kAddress1, kAddress2, kPhone, kFax, kEmail}) d.AddControl(id, K::Edit);
-  d.AddControl(kLogoBrowse, K::Button);
+  AddHeaderControls(d);
   if (reportMode) {
     d.AddControl(kFileName, K::Edit);
     d.AddControl(kApply, K::Button);

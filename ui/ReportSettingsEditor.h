@@ -31,6 +31,8 @@ CString ReportFileExtension(int outputType, int officeVersion);
 bool ValidateReportPlace(CDialog& dialog, const CString& folder, CString& fileText, int outputType,
                          int officeVersion, const CZPReportHeaderInfo* logoHeader);
 
+// Adds the header's check boxes, edits and logo button.
+void AddHeaderControls(CDialog& dialog);
 // Adds the controls of the report settings to `dialog`: the grid, the section and header
 // controls, folder and file, the buttons; the image choice in the report dialog, the format
 // combo box and the publish group on the page.
