@@ -132,6 +132,9 @@ nlohmann::json DialogSnapshot(const CDialog& dialog) {
       item["rows"] = rows;
       item["selected"] = c.selected;
       item["marked"] = c.marked;
+      item["font"] = ToUtf8(c.font);
+      item["columns"] = c.columnWidths;
+      if (c.backColour >= 0) item["backColour"] = c.backColour;
     }
     if (c.kind == ControlKind::Picture) item["shown"] = {{"width", c.drawWidth}, {"height", c.drawHeight}};
     if (c.width > 0) item["size"] = {{"width", c.width}, {"height", c.height}};

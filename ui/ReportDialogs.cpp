@@ -140,7 +140,7 @@ void PreviewSize(int width, int height, int boxWidth, int boxHeight, int& target
 
 CZPSelectImagesDlg::CZPSelectImagesDlg(COVReportManager* manager, ImageChoiceArray* images, IDialogDriver& driver)
     : CDialog(IDD, driver), m_images(images && !images->empty() ? images : nullptr), m_manager(manager) {
-  AddControl(kImageGrid, ControlKind::Grid);
+  SetGridLook(AddControl(kImageGrid, ControlKind::Grid));
   Control& preview = AddControl(kImagePreview, ControlKind::Picture);
   preview.width = kPreviewWidth;
   preview.height = kPreviewHeight;

@@ -77,6 +77,12 @@ bool ValidateReportPlace(CDialog& dialog, const CString& folder, CString& fileTe
   return dialog.ShowMessage(ZpCommonString(50560) + path + u" ?", MB_OKCANCEL) != IDCANCEL;
 }
 
+void SetGridLook(Control& grid) {
+  grid.font = kGridFont;
+  grid.backColour = kGridBackColour;
+  grid.columnWidths = {kGridCheckColumnWidth, 0};
+}
+
 void AddHeaderControls(CDialog& d) {
   for (int id : {kLogoOn, kDesignerOn, kCompanyOn, kAddressOn, kPhoneOn, kFaxOn, kEmailOn, kShowOnPublish})
     d.AddControl(id, ControlKind::Check);
@@ -98,6 +104,7 @@ void AddReportSettingsControls(CDialog& d, bool reportMode) {
       {kBeamStressesChoice, K::Combo}, {kResultOption, K::Check}, {kInsertExternal, K::Check},
       {kExternalPath, K::Edit}, {kExternalBrowse, K::Button}, {kExternalLabel, K::Static}};
   for (const auto& [id, kind] : controls) d.AddControl(id, kind);
+  SetGridLook(d.GetControl(kGrid));
   d.GetControl(kTitle).typingLimit = kTitleTypingLimit;
   d.GetControl(kComments).typingLimit = kCommentTypingLimit;
   d.AddRadioGroup({kPaperGroup, kPaperA4});

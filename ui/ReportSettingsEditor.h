@@ -15,6 +15,11 @@ class CZPReportHeaderInfo;
 // The grid's look.
 inline constexpr int kGridCheckColumnWidth = 220;  // twips
 inline constexpr unsigned kGridBackColour = 0xE0E0E0;
+// The grids' font. The host's rule for Japanese installations (a registry value that picks
+// "Tahoma") has no registry to read here.
+inline constexpr const char16_t* kGridFont = u"Segoe UI";
+// Gives a grid of the dialogs its look: two columns, the check box column 220 twips wide.
+void SetGridLook(Control& grid);
 // The cell values of a grid check box.
 inline constexpr int kGridChecked = 1;
 inline constexpr int kGridUnchecked = 2;

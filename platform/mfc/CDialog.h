@@ -45,6 +45,11 @@ struct Control {
   int height = 0;
   int drawWidth = 0;  // a picture control: the size of what it shows, at its top left corner
   int drawHeight = 0;
+  // A grid's look: the font, the back colour (0xRRGGBB; -1 the system's) and the widths of
+  // its columns in twips (0: what is left).
+  CString font;
+  long backColour = -1;
+  std::vector<int> columnWidths;
 };
 
 // The framework's exception for a failed exchange; UpdateData catches it.
