@@ -1,7 +1,8 @@
 // zpreport: plays the simulation add-in on a study file. It loads the report library through
 // its exported functions, as the add-in does, and generates a report:
 //
-//   zpreport generate STUDY.json --out DIR [--name NAME] [--library PATH] [--templates DIR]
+//   zpreport generate STUDY.json --out DIR [--name NAME] [--answers FILE] [--library PATH] [--templates DIR]
+//   zpreport preferences --answers FILE [--library PATH]
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -11,7 +12,9 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <sstream>
 
 #include "apps/StudyArchive.h"
 #include "apps/TerminalProgress.h"
@@ -20,6 +23,7 @@
 #include "model/framework/COVReportOptions.h"
 #include "platform/host/fixture/FixtureHost.h"
 #include "platform/host/fixture/StudyLoader.h"
+#include "platform/host/Utilities.h"
 #include "platform/mfc/CArchive.h"
 #include "platform/mfc/CFile.h"
 
@@ -53,6 +57,9 @@ struct Library {
   ZpSetSectionChoiceFn setSectionChoice = nullptr;
   ZpSetUserSectionFn setUserSection = nullptr;
   ZpGetReportRunResultFn runResult = nullptr;
+  ZpSetDialogAnswersFn setDialogAnswers = nullptr;
+  ZpGetDialogErrorsFn dialogErrors = nullptr;
+  ZpRunPreferencePageFn runPreferencePage = nullptr;
 };
 
 bool LoadLibrary(const fs::path& path, Library& lib) {
@@ -67,6 +74,9 @@ bool LoadLibrary(const fs::path& path, Library& lib) {
   lib.setSectionChoice = reinterpret_cast<ZpSetSectionChoiceFn>(dlsym(lib.handle, "ZpSetSectionChoice"));
   lib.setUserSection = reinterpret_cast<ZpSetUserSectionFn>(dlsym(lib.handle, "ZpSetUserSection"));
   lib.runResult = reinterpret_cast<ZpGetReportRunResultFn>(dlsym(lib.handle, "ZpGetReportRunResult"));
+  lib.setDialogAnswers = reinterpret_cast<ZpSetDialogAnswersFn>(dlsym(lib.handle, "ZpSetDialogAnswers"));
+  lib.dialogErrors = reinterpret_cast<ZpGetDialogErrorsFn>(dlsym(lib.handle, "ZpGetDialogErrors"));
+  lib.runPreferencePage = reinterpret_cast<ZpRunPreferencePageFn>(dlsym(lib.handle, "ZpRunPreferencePage"));
   if (!lib.getManager || !lib.getOptions) {
     std::cerr << "zpreport: " << path << " does not export the report factory functions\n";
     return false;
@@ -81,6 +91,7 @@ struct GenerateArgs {
   std::string library;
   std::string templates;
   std::string strings;
+  std::string answers;  // the report dialog's answers: the dialog runs instead of being skipped
   bool open = false;
 };
 
@@ -123,6 +134,24 @@ std::string OutputFolder(std::string out) {
   return out;
 }
 
+// The text of an answers file; false with the reason when it can't be read.
+bool ReadAnswers(const std::string& path, std::string& text, std::string& why) {
+  std::error_code ec;
+  if (!fs::is_regular_file(path, ec)) {
+    why = "--answers: " + path + " is not a file";
+    return false;
+  }
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream buffer;
+  buffer << in.rdbuf();
+  if (!in && !in.eof()) {
+    why = "--answers: " + path + " cannot be read";
+    return false;
+  }
+  text = buffer.str();
+  return true;
+}
+
 // The library's classes are known here by their headers only: their run-time type data lives
 // in the library, so the checker of dynamic types (which would need it) is off where the
 // program calls them.
@@ -148,6 +177,10 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     return Stop(kExitBadInput, "cannot create the output folder " + outFolder.string() + (ec ? ": " + ec.message() : ""));
   std::string why;
   if (!TempFolderUsable(why)) return Stop(kExitBadInput, why);
+  std::string answers;
+  if (!args.answers.empty() && !ReadAnswers(args.answers, answers, why)) return Stop(kExitBadInput, why);
+  if (!args.answers.empty() && !args.name.empty())
+    Warn("--name is not used with --answers: the file name is the report dialog's (control 12109)");
 
   const fs::path exeFolder = ExecutableFolder();
   const fs::path libraryPath = args.library.empty() ? exeFolder / "libzpreport.so" : fs::path(args.library);
@@ -155,6 +188,8 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
 
   Library lib;
   if (!LoadLibrary(libraryPath, lib)) return kExitBadInput;
+  if (!answers.empty() && (!lib.setDialogAnswers || !lib.dialogErrors))
+    return Stop(kExitBadInput, "--answers: " + libraryPath.string() + " has no report dialog to answer");
 
   COVReportOptions* options = nullptr;
   const CString strings = args.strings.empty() ? CString() : CString(fs::absolute(args.strings, ec).string());
@@ -192,6 +227,18 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     HostScope scope(host);
     COVReportManager* manager = nullptr;
     lib.getManager(host.Study(), &manager);
+    if (!answers.empty()) {
+      char error[512] = {};
+      if (!lib.setDialogAnswers(manager, answers.c_str(), error, sizeof error)) {
+        delete manager;
+        delete options;
+        return Stop(kExitBadInput, "--answers: " + args.answers + ": " + error);
+      }
+      // The report dialog starts with the output folder, and shows the document as --open says.
+      options->SetReportPublishOption(1);
+      options->SetReportFolder(CString(outFolder.string()));
+      options->ShowReportOnPublish(args.open ? 1 : 0);
+    }
     {
       CMemFile file(zpapp::ManagerArchiveWithImages(host.Study()->Data()));
       CArchive archive(&file, CArchive::load);
@@ -207,7 +254,8 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const auto started = std::chrono::steady_clock::now();
     std::string thrown;
     try {
-      manager->CreateReport(folder, name, args.open ? 1 : 0);
+      if (answers.empty()) manager->CreateReport(folder, name, args.open ? 1 : 0);
+      else manager->CreateReport();
     } catch (const std::exception& e) {
       // What a run lets pass reaches the add-in; the report stays without a document.
       thrown = e.what();
@@ -220,6 +268,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     if (lib.setFrontEnd) lib.setFrontEnd(manager, nullptr);
 
     COVReport* report = manager->m_reports.empty() ? nullptr : manager->m_reports.back();
+    const int dialogErrors = answers.empty() ? 0 : lib.dialogErrors(manager);
     const char16_t* reason = u"";
     int outcome = report && lib.runResult ? lib.runResult(report, &reason) : 0;
     std::string native = report ? ToUtf8(report->m_documentPath) : std::string();
@@ -237,6 +286,11 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
         std::fprintf(stderr, "zpreport: the report lacks %zu picture(s)\n", failures.size());
         result = kExitIncomplete;
       }
+    } else if (dialogErrors > 0) {
+      result = Stop(kExitBadInput, "--answers: " + args.answers + ": the report dialog could not be answered as written (" +
+                                       std::to_string(dialogErrors) + " error(s) above): no report was written");
+    } else if (!answers.empty() && outcome == 0) {
+      result = Stop(kExitCancelled, "the answers closed the report dialog without generating: no report was written");
     } else if (outcome == 3) {
       result = Stop(kExitCancelled, "cancelled: no report was written");
     } else {
@@ -252,13 +306,41 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   return result;
 }
 
+struct PreferencesArgs {
+  std::string answers;
+  std::string library;
+  std::string strings;
+};
+
+// The preference page of the options, answered from a file; the formats file is saved on OK.
+ZP_CALLS_INTO_LIBRARY int Preferences(const PreferencesArgs& args) {
+  std::string answers, why;
+  if (!ReadAnswers(args.answers, answers, why)) return Stop(kExitBadInput, why);
+  const fs::path libraryPath = args.library.empty() ? ExecutableFolder() / "libzpreport.so" : fs::path(args.library);
+  Library lib;
+  if (!LoadLibrary(libraryPath, lib)) return kExitBadInput;
+  if (!lib.runPreferencePage) return Stop(kExitBadInput, libraryPath.string() + " has no preference page");
+  std::error_code ec;
+  const CString strings = args.strings.empty() ? CString() : CString(fs::absolute(args.strings, ec).string());
+  COVReportOptions* options = nullptr;
+  lib.getOptions(strings.IsEmpty() ? nullptr : strings.GetString(), zpapp::kArchiveVersion, &options);
+  char error[512] = {};
+  const int saved = lib.runPreferencePage(options, answers.c_str(), error, sizeof error);
+  delete options;
+  if (saved < 0) return Stop(kExitBadInput, "--answers: " + args.answers + ": " + error);
+  if (saved == 0) return Stop(kExitCancelled, "the preference page was cancelled: nothing saved");
+  std::string file = ToUtf8(zpUtilities_c::GetOVAppDataFolder()) + "/studyReportFormats";
+  std::printf("%s\n", file.c_str());
+  return kExitGenerated;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app{"Generates study reports through the report library, as the simulation add-in does."};
   app.require_subcommand(1);
-  app.footer("Exit codes of generate: 0 generated; 2 the study file, an argument or TMPDIR cannot be used "
-             "(nothing written); 3 the run failed (nothing written); 4 cancelled; 5 written, but pictures are "
+  app.footer("Exit codes of generate: 0 generated; 2 the study file, an argument, the answers file or TMPDIR "
+             "cannot be used (nothing written); 3 the run failed (nothing written); 4 cancelled; 5 written, but pictures are "
              "missing; 70 an error of the program itself.");
   GenerateArgs args;
   CLI::App* generate = app.add_subcommand("generate", "Generate the report of a study file");
@@ -269,8 +351,17 @@ int main(int argc, char** argv) {
   generate->add_option("--templates", args.templates, "The folder of the templates (default: next to this program)");
   generate->add_option("--strings", args.strings, "A language table of numbered texts");
   generate->add_flag("--open", args.open, "Open the finished document");
+  generate->add_option("--answers", args.answers,
+                       "Run the report dialog with the control values and buttons of this JSON file");
+  PreferencesArgs prefs;
+  CLI::App* preferences =
+      app.add_subcommand("preferences", "Change the stored report formats through the preference page");
+  preferences->add_option("--answers", prefs.answers, "The page's control values and buttons (JSON)")->required();
+  preferences->add_option("--library", prefs.library, "The report library (default: next to this program)");
+  preferences->add_option("--strings", prefs.strings, "A language table of numbered texts");
   CLI11_PARSE(app, argc, argv);
   try {
+    if (preferences->parsed()) return Preferences(prefs);
     return Generate(args);
   } catch (const std::exception& e) {
     return Stop(kExitInternal, std::string("internal error: ") + e.what());

@@ -1,6 +1,9 @@
 // The entry points of libzpreport.so.
 #include "core/Exports.h"
 
+#include <cstdio>
+#include <cstring>
+
 #include "core/Report.h"
 #include "core/ReportManager.h"
 #include "core/RunFlags.h"
@@ -10,6 +13,8 @@
 #include "platform/docx/Engine.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Resources.h"
+#include "ui/ReportDialogDriver.h"
+#include "ui/ReportDialogs.h"
 
 #define ZP_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -21,6 +26,22 @@ struct EngineRegistration {
   EngineRegistration() { docx::RegisterWordApplication(); }
 } g_engineRegistration;
 
+void CopyError(const std::string& text, char* error, std::size_t size) {
+  if (!error || size == 0) return;
+  std::snprintf(error, size, "%s", text.c_str());
+}
+
+// A driver from an answers file whose messages and errors go to standard error as they come.
+std::shared_ptr<ScriptedDialogDriver> AnswersDriver(const char* answers, char* error, std::size_t size) {
+  try {
+    auto driver = std::make_shared<ScriptedDialogDriver>(ScriptedDialogDriver::FromAnswers(answers ? answers : ""));
+    driver->SetTranscript([](const std::string& line) { std::fprintf(stderr, "zpreport: dialog: %s\n", line.c_str()); });
+    return driver;
+  } catch (const DialogInputError& e) {
+    CopyError(e.what(), error, size);
+    return nullptr;
+  }
+}
 }  // namespace
 
 ZP_EXPORT int GetZPReportManagerObject(zphStudy* study, COVReportManager** result) {
@@ -32,7 +53,12 @@ ZP_EXPORT int GetZPReportOptionsObject(const char16_t* resourceLibrary, unsigned
                                        COVReportOptions** result) {
   const CString library(resourceLibrary);
   if (!library.IsEmpty() && !LoadResourceModule(library)) ShowPlainMessage(ResourceModuleNotFoundText(library));
-  *result = new CZPNewReportOptions(static_cast<int>(version));
+  auto* options = new CZPNewReportOptions(static_cast<int>(version));
+  options->SetPreferencePageHooks({[](CZPNewReportOptions* o) -> CPropertyPage* { return new CZPPrefenReportPage(o); },
+                                   [](CPropertyPage* page) {
+                                     if (auto* p = dynamic_cast<CZPPrefenReportPage*>(page)) p->Save();
+                                   }});
+  *result = options;
   return 1;
 }
 
@@ -85,4 +111,49 @@ ZP_EXPORT int ZpGetReportRunResult(COVReport* report, const char16_t** reason) {
   auto* zpReport = dynamic_cast<CZPReport*>(report);
   if (reason) *reason = zpReport ? zpReport->m_runError.GetString() : u"";
   return zpReport ? zpReport->m_runOutcome : 0;
+}
+
+ZP_EXPORT int ZpSetDialogAnswers(COVReportManager* manager, const char* answers, char* error, std::size_t errorSize) {
+  auto* zpManager = dynamic_cast<CZPReportManager*>(manager);
+  if (!zpManager) return 0;
+  auto driver = AnswersDriver(answers, error, errorSize);
+  if (!driver) return 0;
+  zpManager->SetDialogDriver(driver);
+  return 1;
+}
+
+ZP_EXPORT int ZpGetDialogErrors(COVReportManager* manager) {
+  auto* zpManager = dynamic_cast<CZPReportManager*>(manager);
+  auto* driver = zpManager ? dynamic_cast<ScriptedDialogDriver*>(&zpManager->DialogDriver()) : nullptr;
+  return driver ? static_cast<int>(driver->Errors().size()) : 0;
+}
+
+ZP_EXPORT int ZpRunPreferencePage(COVReportOptions* options, const char* answers, char* error, std::size_t errorSize) {
+  auto driver = AnswersDriver(answers, error, errorSize);
+  if (!driver || !options) return -1;
+  CPropertyPage* page = nullptr;
+  options->GetPreferencePageObject(&page);
+  auto* ours = dynamic_cast<CZPPrefenReportPage*>(page);
+  if (!ours) {
+    delete page;
+    CopyError("the options have no preference page", error, errorSize);
+    return -1;
+  }
+  std::unique_ptr<CZPPrefenReportPage> owned(ours);
+  owned->SetDriver(*driver);
+  try {
+    // The host's options window: the page placed in it, the user's changes, then its OK or Cancel.
+    const INT_PTR answer = owned->DoModal();
+    if (!driver->Errors().empty()) {
+      CopyError(driver->Errors().front(), error, errorSize);
+      return -1;
+    }
+    if (answer != IDOK) return 0;
+    options->SavePreferencePageObject(owned.get());
+    options->SaveFormats();
+  } catch (const std::exception& e) {
+    CopyError(std::string("the preferences could not be saved: ") + e.what(), error, errorSize);
+    return -1;
+  }
+  return 1;
 }

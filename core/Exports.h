@@ -2,6 +2,7 @@
 // The functions that libzpreport.so exports, as a program that loads it with dlopen() sees
 // them. Everything else of the library is reached through the virtual operations of the
 // objects these functions make.
+#include <cstddef>
 #include <cstdint>
 
 class zphStudy;
@@ -47,4 +48,20 @@ using ZpSetUserSectionFn = int (*)(COVReportOptions* options, int studyType, con
 // `reason` is not null it receives the reason of a failure or a cancel in words (empty after a
 // success), valid until the report runs again or is deleted. Optional for the loader.
 using ZpGetReportRunResultFn = int (*)(COVReport* report, const char16_t** reason);
+
+// Makes the manager's dialogs run from an answers file (JSON text; see ui/ReportDialogDriver.h)
+// instead of a user: its control values, button presses and answers to message boxes. The
+// messages shown and what could not be done go to standard error as they come. Returns 1; 0
+// with a message in `error` when the answers cannot be read. Optional for the loader.
+using ZpSetDialogAnswersFn = int (*)(COVReportManager* manager, const char* answers, char* error,
+                                     std::size_t errorSize);
+// The number of answers that could not be carried out in the manager's dialogs (a control that
+// doesn't exist, steps that end while a dialog is open). Optional for the loader.
+using ZpGetDialogErrorsFn = int (*)(COVReportManager* manager);
+// Runs the preference page on the options with an answers file (dialog 13027): after OK the
+// page's values are saved into the options and the formats file is written. Returns 1 saved,
+// 0 cancelled (nothing written), -1 with a message in `error` when the answers cannot be read
+// or carried out. Optional for the loader.
+using ZpRunPreferencePageFn = int (*)(COVReportOptions* options, const char* answers, char* error,
+                                      std::size_t errorSize);
 }

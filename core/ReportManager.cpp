@@ -12,6 +12,7 @@
 #include "platform/system/FileHelpers.h"
 #include "platform/system/MessageBox.h"
 #include "ui/ReportDialogDriver.h"
+#include "ui/ReportDialogs.h"
 
 namespace {
 
@@ -59,6 +60,11 @@ CZPReportManager::CZPReportManager(const CZPReportManager& source) : COVReportMa
   m_study = nullptr;
   for (COVReport* report : source.m_reports)
     if (auto* r = dynamic_cast<CZPReport*>(report)) m_reports.push_back(new CZPReport(*r, this));
+}
+
+IDialogDriver& CZPReportManager::DialogDriver() {
+  if (!m_dialogDriver) m_dialogDriver = std::make_shared<DefaultDialogDriver>();
+  return *m_dialogDriver;
 }
 
 // ---- naming and lookup
@@ -283,7 +289,11 @@ void CZPReportManager::CreateReport() {
   report->SetHeaderInfo(header);
 
   ImageChoiceArray images = AllImagesTicked();
-  const int answer = RunReportDialog(*report, GetZephraHelpFilePath(), images);
+  int answer = IDCANCEL;
+  {
+    CZPPrefenReportDlg dialog(report, GetZephraHelpFilePath(), &images, DialogDriver());
+    answer = static_cast<int>(dialog.DoModal());
+  }
   bool generate = false;
   if (answer == IDCANCEL) {
     if (report->m_format->m_settingsApplied != 1) {

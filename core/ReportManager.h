@@ -1,5 +1,7 @@
 #pragma once
 // CZPReportManager: the reports of one study, and the report commands of the study tree.
+#include <memory>
+
 #include "core/ImageChoice.h"
 #include "core/RunFlags.h"
 #include "core/framework/COVReportManager.h"
@@ -7,6 +9,7 @@
 
 class CZPReport;
 class CZPNewReportOptions;
+class IDialogDriver;
 class zphStudy;
 
 class CZPReportManager : public COVReportManager {
@@ -41,11 +44,18 @@ public:
   // The first report of each name wins; every report object is replaced by a copy.
   void RemoveDuplicateReports();
 
+  // Who runs the manager's dialogs: by default a user who presses each dialog's default
+  // button; tests and unattended runs give a scripted driver.
+  void SetDialogDriver(std::shared_ptr<IDialogDriver> driver) { m_dialogDriver = std::move(driver); }
+  IDialogDriver& DialogDriver();
+
   zphStudy* m_study = nullptr;
   // The front end of the runs' progress boxes and the stop-all state of a batch.
   CZPRunFlags m_runFlags;
 
 private:
+  std::shared_ptr<IDialogDriver> m_dialogDriver;
+
   // The study type of the manager's study, 4 for an active design study; false when there
   // is neither.
   bool GetStudyType(int& studyType);

@@ -1,7 +1,7 @@
 #include "model/Options.h"
 
 #include <memory>
-#include <mutex>
+#include <filesystem>
 
 #include "model/Archive.h"
 #include "platform/host/Utilities.h"
@@ -9,18 +9,6 @@
 #include "platform/mfc/CFile.h"
 #include "platform/system/FileHelpers.h"
 #include "platform/system/Resources.h"
-
-namespace {
-
-std::mutex g_hooksMutex;
-CZPNewReportOptions::PreferencePageHooks g_hooks;
-
-CZPNewReportOptions::PreferencePageHooks Hooks() {
-  std::lock_guard<std::mutex> lock(g_hooksMutex);
-  return g_hooks;
-}
-
-}  // namespace
 
 CZPNewReportOptions::CZPNewReportOptions(int archiveVersion)
     : m_archiveVersion(archiveVersion), m_headerInfo(new CZPReportHeaderInfo()) {
@@ -87,10 +75,22 @@ void CZPNewReportOptions::LoadFormatsFrom(CFile& file) {
 }
 
 void CZPNewReportOptions::SaveFormats() {
+  const CString path = FormatsFilePath();
+  const CString aside = path + u".saving" + NewGuidString();
   CFile file;
-  if (!file.Open(FormatsFilePath(), CFile::modeCreate | CFile::modeWrite)) return;
-  SaveFormatsTo(file);
-  file.Close();
+  if (!file.Open(aside, CFile::modeCreate | CFile::modeWrite)) return;
+  try {
+    SaveFormatsTo(file);
+    file.Close();
+  } catch (...) {
+    file.Abort();
+    RemoveFileIfPresent(aside);
+    throw;
+  }
+  // A file that can't be replaced (a folder of its name) is skipped as one that can't be opened.
+  std::error_code ec;
+  std::filesystem::rename(NativePathUtf8(aside), NativePathUtf8(path), ec);
+  if (ec) RemoveFileIfPresent(aside);
 }
 
 void CZPNewReportOptions::SaveFormatsTo(CFile& file) {
@@ -108,8 +108,7 @@ void CZPNewReportOptions::SaveFormatsTo(CFile& file) {
 
 void CZPNewReportOptions::GetPreferencePageObject(CPropertyPage** page) {
   if (!page) return;
-  auto hooks = Hooks();
-  *page = hooks.make ? hooks.make(this) : nullptr;
+  *page = m_pageHooks.make ? m_pageHooks.make(this) : nullptr;
 }
 
 unsigned CZPNewReportOptions::GetPreferencePageIDD(CPropertyPage* page) {
@@ -118,13 +117,7 @@ unsigned CZPNewReportOptions::GetPreferencePageIDD(CPropertyPage* page) {
 
 void CZPNewReportOptions::SavePreferencePageObject(CPropertyPage* page) {
   if (!page) return;
-  auto hooks = Hooks();
-  if (hooks.save) hooks.save(page);
-}
-
-void CZPNewReportOptions::SetPreferencePageHooks(PreferencePageHooks hooks) {
-  std::lock_guard<std::mutex> lock(g_hooksMutex);
-  g_hooks = std::move(hooks);
+  if (m_pageHooks.save) m_pageHooks.save(page);
 }
 
 CString CZPNewReportOptions::GetReportFolder() { return m_headerInfo->GetReportFolderPath(); }

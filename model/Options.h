@@ -32,8 +32,10 @@ public:
   int ArchiveVersion() const { return m_archiveVersion; }
 
   void LoadFormats() override;
-  // Writes the formats file; the folder is not made here. Failures of the store itself
-  // (a full disk) reach the caller as CFileException.
+  // Writes the formats file, atomically: into a file beside it that then replaces it, so that
+  // a failed store leaves the old file as it was. The folder is not made here; a file that
+  // can't be written there is skipped without a message. Failures of the store itself (a full
+  // disk) reach the caller as CFileException.
   void SaveFormats() override;
   // The two halves of LoadFormats and SaveFormats that work on a file already open (a CMemFile
   // too): LoadFormatsFrom appends the formats it reads and loads the header info, and returns
@@ -64,15 +66,19 @@ public:
   // The full path of the formats file.
   static CString FormatsFilePath();
 
-  // The preference page belongs to the dialogs; they install how it is made and saved.
+  // The preference page belongs to the dialogs: whoever makes the options object tells it how
+  // the page is made and saved.
   struct PreferencePageHooks {
     std::function<CPropertyPage*(CZPNewReportOptions*)> make;
     std::function<void(CPropertyPage*)> save;
   };
-  static void SetPreferencePageHooks(PreferencePageHooks hooks);
+  void SetPreferencePageHooks(PreferencePageHooks hooks) { m_pageHooks = std::move(hooks); }
   // The dialog id of the preference page.
   static constexpr unsigned kPreferencePageIDD = 13027;
 
   int m_archiveVersion;
   CZPReportHeaderInfo* m_headerInfo = nullptr;  // owned; never null after construction
+
+private:
+  PreferencePageHooks m_pageHooks;
 };

@@ -206,17 +206,3 @@ void CZPNewReportSectionUser::Serialize(CArchive& ar) {
   else ar >> m_insertExternal >> m_externalPath >> m_linkToFile >> m_displayAsIcon;
 }
 
-int CZPNewReportSectionUser::ValidateData(CDialog*) {
-  if (m_included == 0 || m_insertExternal == 0) return 1;
-  m_externalPath.Trim();
-  if (m_externalPath.IsEmpty()) {
-    ShowMessageText(ZpCommonString(55023) + m_title, 0);
-    return 0;
-  }
-  int locked = 0;
-  if (!FileProbe(m_externalPath, locked)) {
-    ShowMessageText(ZpCommonString(55024) + m_title, 0);
-    return 0;
-  }
-  return 1;
-}

@@ -13,6 +13,7 @@
 #include "platform/mfc/CStringList.h"
 
 class CArchive;
+class CDataExchange;
 class CDialog;
 class zphStudy;
 namespace Word {
@@ -62,6 +63,10 @@ public:
 
   CZPNewReportSection* Clone() const override;
   void Serialize(CArchive& archive) override;
+  // The dialog's controls of this class (defined in model/SectionControls.cpp).
+  void DoDataExchange(CDataExchange* exchange) override;
+  void UpdateUI(CDialog* dialog) override;
+  void ShowSectionUI(CDialog* dialog, int show) override;
 
   // ---- writers (defined with the writers)
   void UpdateAssumptionDetailsInWordDoc(SelectionPtr selection, const CString& imageFolder, zphStudy* study);
@@ -85,6 +90,10 @@ public:
   CZPNewReportSectionDescription(const CZPNewReportSectionDescription& other) = default;
   CZPNewReportSectionDescription* Clone() const override;
   void Serialize(CArchive& archive) override;
+  // The dialog's controls of this class (defined in model/SectionControls.cpp).
+  void DoDataExchange(CDataExchange* exchange) override;
+  void UpdateUI(CDialog* dialog) override;
+  void ShowSectionUI(CDialog* dialog, int show) override;
 
   void UpdateDescriptionInWordDoc(SelectionPtr selection);
   void UpdateDescriptionInMotionWordDoc(SelectionPtr selection);
@@ -99,6 +108,8 @@ public:
   CZPNewReportSectionModelInformation(const CZPNewReportSectionModelInformation& other) = default;
   CZPNewReportSectionModelInformation* Clone() const override;
   void Serialize(CArchive& archive) override;
+  void DoDataExchange(CDataExchange* exchange) override;
+  void ShowSectionUI(CDialog* dialog, int show) override;
 
   void UpdateBodyDetailsInWordDoc(SelectionPtr selection, const CString& imageFolder, zphStudy* study);
   // The design-study writer.
@@ -192,6 +203,10 @@ public:
   CZPNewReportSectionBeams(const CZPNewReportSectionBeams& other) = default;
   CZPNewReportSectionBeams* Clone() const override;
   void Serialize(CArchive& archive) override;
+  // The dialog's controls of this class (defined in model/SectionControls.cpp).
+  void DoDataExchange(CDataExchange* exchange) override;
+  void UpdateUI(CDialog* dialog) override;
+  void ShowSectionUI(CDialog* dialog, int show) override;
 
   void UpdateDetailsInWordDoc(SelectionPtr selection, zphStudy* study);
   // `isForces` is 1 for the forces block, 0 for the stresses block.
@@ -215,6 +230,8 @@ public:
   CZPNewReportSectionStudyResults* Clone() const override;
   // m_resultExtra is read only from archives of version 850020 on.
   void Serialize(CArchive& archive) override;
+  void DoDataExchange(CDataExchange* exchange) override;
+  void ShowSectionUI(CDialog* dialog, int show) override;
 
   void UpdateDetailsInWordDoc(SelectionPtr selection, const CString& scratchFolder, zphStudy* study);
   void WritePressureVesselLinearizationData(SelectionPtr selection, const CString& scratchFolder, zphStudy* study);
@@ -250,12 +267,16 @@ public:
   CZPNewReportSectionUser(const CZPNewReportSectionUser& other) = default;
   CZPNewReportSectionUser* Clone() const override;
   void Serialize(CArchive& archive) override;
+  // The dialog's controls of this class (defined in model/SectionControls.cpp).
+  void DoDataExchange(CDataExchange* exchange) override;
+  void UpdateUI(CDialog* dialog) override;
+  void ShowSectionUI(CDialog* dialog, int show) override;
 
   // Sets m_title alone.
   void SetTitle(const CString& title) { m_title = title; }
   // 1 when the section can be generated: not included, no external file asked for, or an
   // external file that exists. Else it tells the user why (texts 55023 and 55024, followed by
-  // the title) and gives 0. Trims m_externalPath.
+  // the title; over `dialog` when there is one) and gives 0. Trims m_externalPath.
   int ValidateData(CDialog* dialog);
 
   void UpdateDetailsInWordDoc(SelectionPtr selection);

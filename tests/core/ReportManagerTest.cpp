@@ -140,7 +140,7 @@ TEST(CreateReport, DialogAnswersDecideWhatStays) {
   f.options->m_headerInfo->m_reportFolder = CString(f.out.Path());
   f.options->m_headerInfo->m_publishOption = 1;
   auto* plot = new COVReportImage();
-  plot->m_imageName = u"Plot1 ";
+  plot->m_imageName = u"Plot1";
   plot->m_imageSectionId = 14;
   f.manager.InsertNewImage(plot);
   auto* other = new COVReportImage();
@@ -148,37 +148,31 @@ TEST(CreateReport, DialogAnswersDecideWhatStays) {
   f.manager.InsertNewImage(other);
 
   ScopedFakeWord word;
-  {  // Cancel without a valid apply: nothing stays.
-    ScriptedReportDialog dialog(IDCANCEL);
+  auto run = [&](std::vector<nlohmann::ordered_json> steps) {
+    auto driver = std::make_shared<ScriptedDialogDriver>();
+    for (auto& step : steps) driver->AddStep(kReportDialogIdd, step);
+    driver->AddStep(kSelectImagesIdd, nlohmann::ordered_json::parse(R"({"12118": [true, false], "press": 12087})"));
+    f.manager.SetDialogDriver(driver);
     f.manager.CreateReport();
-    EXPECT_EQ(dialog.Runs(), 1);
-    EXPECT_TRUE(f.manager.m_reports.empty());
-  }
-  {  // Another button: nothing stays.
-    ScriptedReportDialog dialog(IDOK);
-    f.manager.CreateReport();
-    EXPECT_TRUE(f.manager.m_reports.empty());
-  }
-  {  // Cancel after a valid apply keeps the report, ungenerated, with its images.
-    ScriptedReportDialog dialog(IDCANCEL, [](CZPReport& report, ImageChoiceArray& images) {
-      report.m_format->m_settingsApplied = 1;
-      report.m_fileBaseName = u"Renamed";
-      ASSERT_EQ(images.size(), 2u);
-      EXPECT_EQ(images[0].selected, 1);
-      images[0].name = u"Plot1 (Results)";
-      images[1].selected = 0;
-    });
-    const int instances = word.Log().instances;
-    f.manager.CreateReport();
-    ASSERT_EQ(f.manager.m_reports.size(), 1u);
-    CZPReport* r = f.Last();
-    EXPECT_EQ(r->m_reportName, CString(u"S-1"));
-    EXPECT_EQ(r->m_documentPath, CString(f.out.Path()) + u"\\Renamed.docx");
-    EXPECT_EQ(word.Log().instances, instances + 1);  // the version probe only
-    EXPECT_TRUE(plot->IsIncludedInReportSection(u"S-1", 14));
-    EXPECT_TRUE(other->Inclusions().empty());
-    EXPECT_EQ(f.TreeRebuilds(), 1);
-  }
+    return driver;
+  };
+  // Cancel without a valid apply, and OK: nothing stays.
+  EXPECT_EQ(run({{{"press", "Cancel"}}})->Runs(kReportDialogIdd), 1);
+  EXPECT_TRUE(f.manager.m_reports.empty());
+  run({{{"press", "OK"}}});
+  EXPECT_TRUE(f.manager.m_reports.empty());
+  // Cancel after a valid apply keeps the report, ungenerated, with the images chosen.
+  const int instances = word.Log().instances;
+  auto driver = run({{{"12109", "Renamed"}, {"14340", true}}, {{"press", 12015}}, {{"press", "Cancel"}}});
+  EXPECT_TRUE(driver->Errors().empty());
+  ASSERT_EQ(f.manager.m_reports.size(), 1u);
+  CZPReport* r = f.Last();
+  EXPECT_EQ(r->m_reportName, CString(u"S-1"));
+  EXPECT_EQ(r->m_documentPath, CString(f.out.Path()) + u"\\Renamed.docx");
+  EXPECT_EQ(word.Log().instances, instances + 1);  // the version probe only
+  EXPECT_TRUE(plot->IsIncludedInReportSection(u"S-1", 14));
+  EXPECT_TRUE(other->Inclusions().empty());
+  EXPECT_EQ(f.TreeRebuilds(), 1);
 }
 
 TEST(CreateReport, WithoutStudyOrDesignStudyNothingIsMade) {
@@ -189,14 +183,15 @@ TEST(CreateReport, WithoutStudyOrDesignStudyNothingIsMade) {
   host.SetReportOptions(&options);
   HostScope scope(host);
   ScopedMessageBox box;
-  ScriptedReportDialog dialog;
+  auto dialog = std::make_shared<ScriptedDialogDriver>();
   CZPReportManager manager(nullptr);
+  manager.SetDialogDriver(dialog);
   manager.CreateReport();
   EXPECT_EQ(box.Last().text, CString(u"No Active Study"));
   CString folder, name = u"X";
   manager.CreateReport(folder, name, 0);
   EXPECT_EQ(box.Count(), 1u);
   EXPECT_TRUE(manager.m_reports.empty());
-  EXPECT_EQ(dialog.Runs(), 0);
+  EXPECT_EQ(dialog->Runs(kReportDialogIdd), 0);
   zpUtilities_c::SetOVAppDataFolder(CString());
 }

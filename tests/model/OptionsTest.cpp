@@ -213,7 +213,7 @@ TEST_F(FormatsFile, NamesQuickStudyFormatAndPreferencePage) {
   EXPECT_EQ(page, nullptr) << "no dialogs installed";
   int saved = 0;
   CZPNewReportOptions* boundTo = nullptr;
-  CZPNewReportOptions::SetPreferencePageHooks(
+  options->SetPreferencePageHooks(
       {[&](CZPNewReportOptions* o) { boundTo = o; return fakePage; }, [&](CPropertyPage* p) { saved += p == fakePage; }});
   options->GetPreferencePageObject(&page);
   EXPECT_EQ(page, fakePage);
@@ -221,7 +221,6 @@ TEST_F(FormatsFile, NamesQuickStudyFormatAndPreferencePage) {
   options->SavePreferencePageObject(nullptr);
   options->SavePreferencePageObject(page);
   EXPECT_EQ(saved, 1);
-  CZPNewReportOptions::SetPreferencePageHooks({});
 }
 
 TEST_F(FormatsFile, FormatsAreFoundByTypeThenByPlace) {
