@@ -21,6 +21,7 @@ const std::string kSampleFolder = std::string(ZP_SOURCE_DIR) + "/examples/bracke
 std::string WriteStudy(const docxtest::TempDir& dir) {
   nlohmann::json study = nlohmann::json::parse(std::ifstream(kSampleFolder + "/study.json"));
   fs::copy(kSampleFolder + "/pictures", dir.File("pictures"), fs::copy_options::recursive);
+  fs::copy(kSampleFolder + "/attachments", dir.File("attachments"), fs::copy_options::recursive);
   study["images"].erase(3);
   study["report"]["comments"].erase("units");
   std::ofstream(dir.File("study.json")) << study.dump(1);
