@@ -164,13 +164,7 @@ void WriteBlockLayout(const SelectionPtr& selection, const CString& scratchFolde
     // The template table goes to the clipboard and comes back once per plot, each copy behind
     // a paragraph of its own.
     selection->SelectCell();
-    Word::Checked(Word::Checked(selection->GetTables())->Item(1))->Select();
-    selection->Cut();
-    selection->TypeBackspace();
-    for (int copy = 0; copy < plots; ++copy) {
-      selection->TypeParagraph();
-      selection->PasteAsNestedTable();
-    }
+    CloneTable(selection, plots);
   }
 
   // Each pass takes the first copy still holding its tags, searched from the section's heading.

@@ -1,0 +1,105 @@
+// The part of a generation run that the drivers share: header, description and section walk
+// under one error guard, then the table of contents, the save and the end of Word.
+#include "core/ReportRun.h"
+
+#include "core/Report.h"
+#include "model/Format.h"
+#include "model/HeaderInfo.h"
+#include "platform/host/Host.h"
+#include "platform/system/FileHelpers.h"
+#include "platform/system/Resources.h"
+#include "ui/ThreadedRunMessageBox.h"
+
+ScratchFolder::ScratchFolder(const CString& fallback) : m_path(CreateScratchFolder()), m_made(!m_path.IsEmpty()) {
+  if (!m_made) m_path = fallback;
+}
+
+ScratchFolder::~ScratchFolder() {
+  if (m_made) RemoveScratchFolder(m_path);
+}
+
+CString RunErrorReason(const std::exception& e) {
+  if (const auto* com = dynamic_cast<const Word::ComError*>(&e))
+    return FromUtf8(com->Description().empty() ? std::string(com->what()) : com->Description());
+  return FromUtf8(e.what());
+}
+
+int CZPReport::WriteSections(CThreadedRunMessageBox& box, const std::vector<WalkStep>& walk,
+                             COVReportManager* manager, const CString& scratchFolder, zphStudy* study,
+                             const std::function<void()>& writeHeader) {
+  try {
+    if (IsUserCanceled(&box, u"Header Information")) return 1;
+    writeHeader();
+
+    if (CZPNewReportSection* description = m_format->GetSection(kSectionDescription)) {
+      if (description->m_included != 0 && IsUserCanceled(&box, description->m_title)) return 1;
+      if (auto* d = dynamic_cast<CZPNewReportSectionDescription*>(description))
+        d->UpdateDescriptionInWordDoc(m_wordSelection);
+    }
+
+    for (const WalkStep& step : walk) {
+      if (step.kind == kSectionModelInformation && study && study->Has2DPlane())
+        ActivateViewNormalTo2DPlane(study);
+      CZPNewReportSection* section = m_format->GetSection(step.kind);
+      if (section && section->m_included != 0) {
+        if (IsUserCanceled(&box, section->m_title)) return 1;
+        step.write(section, m_wordSelection, scratchFolder, study);
+        AddInsertedImages(manager, step.contentTag, step.kind, CString());
+        section->UpdateCommentsInWordDoc(m_wordSelection, step.labelCommentsTag, step.commentsTag);
+      } else {
+        DeleteSection(step.headerTag);
+      }
+    }
+
+    DeleteSection(kCustomImageTag);
+    m_wordSelection->TypeBackspace();
+  } catch (const std::exception& e) {
+    // Word is not left running behind an error that ends the run.
+    FailRun(RunErrorReason(e));
+    CloseWordWithoutSaving();
+    throw;
+  } catch (...) {
+    FailRun(u"an unknown error ended the run");
+    CloseWordWithoutSaving();
+    throw;
+  }
+  return 0;
+}
+
+int CZPReport::SaveAndCloseWord(CThreadedRunMessageBox& box) {
+  // The document goes into the report folder and nowhere else.
+  if (!IsDirectlyInFolder(m_documentPath, m_headerInfo->m_reportFolder)) {
+    FailRun(u"the document \"" + m_documentPath + u"\" would not lie in the report folder \"" +
+            m_headerInfo->m_reportFolder + u"\"");
+    CloseWordWithoutSaving();
+    return 0;
+  }
+
+  try {
+    auto tables = Word::Checked(m_wordDocument)->GetTablesOfContents();
+    if (Word::Checked(tables)->GetCount() > 0) Word::Checked(tables->Item(1))->Update();
+
+    if (m_cancelRequested == 0) {
+      m_wordDocument->SaveAs(Word::Variant(Word::String(m_documentPath)),
+                             m_officeVersion >= 12 ? Word::Variant::I2(Word::wdFormatDocumentDefault)
+                                                   : Word::Variant());
+    }
+
+    if (IsUserCanceled(&box, ZpCommonString(55280))) return 0;
+
+    m_wordDocument->Close(Word::Variant::I2(Word::wdDoNotSaveChanges));
+    m_wordApp->Quit();
+    ReleaseWord();
+    m_outOfDate = 0;
+    m_runOutcome = kRunGenerated;
+    return 1;
+  } catch (const std::exception& e) {
+    FailRun(u"the document could not be saved as \"" + m_documentPath + u"\": " + RunErrorReason(e));
+    CloseWordWithoutSaving();
+    return 0;
+  } catch (...) {
+    FailRun(u"the document could not be saved as \"" + m_documentPath + u"\"");
+    CloseWordWithoutSaving();
+    return 0;
+  }
+}
