@@ -5,7 +5,12 @@
 
 #include <zip.h>
 
+#include "core/Report.h"
+#include "core/framework/COVReportManager.h"
+#include "model/Format.h"
+#include "model/HeaderInfo.h"
 #include "platform/docx/Engine.h"
+#include "platform/host/fixture/FixtureHost.h"
 
 namespace zpbench {
 
@@ -38,5 +43,30 @@ OpenDocument::OpenDocument(const std::string& path) {
 }
 
 OpenDocument::~OpenDocument() { app->Quit(); }
+
+void RunReport(const StudyData& data, int kind, const std::string& outDir, int resultOption) {
+  FixtureHost host(std::make_unique<FixtureStudy>(data));
+  host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
+  HostScope scope(host);
+  auto* format = new CZPNewReportFormat(data.studyType);
+  format->InitListDefaultFormat(data.studyType);
+  for (COVBaseReportSection* section : format->GetSections()) {
+    section->m_included = section->m_sectionType == kind || section->m_sectionType == kSectionDescription;
+    if (auto* results = dynamic_cast<CZPNewReportSectionStudyResults*>(section); results && resultOption >= 0)
+      results->m_resultOption = resultOption;
+  }
+  CZPReport report;
+  report.m_reportName = u"Bench";
+  report.m_documentPath = FromUtf8(outDir + "/bench.docx");
+  report.m_officeVersion = 16;
+  report.SetFormat(format);
+  auto* header = new CZPReportHeaderInfo;
+  header->SetReportFolderPath(FromUtf8(outDir));
+  report.SetHeaderInfo(header);
+  COVReportManager manager;
+  const int generated =
+      data.design ? report.GenerateWordDocForOptStudy(&manager) : report.GenerateWordDoc(host.Study(), &manager);
+  if (generated != 1) throw std::runtime_error("the run failed");
+}
 
 }  // namespace zpbench

@@ -3,6 +3,7 @@
 // Word opened on it through the engine.
 #include <string>
 
+#include "platform/host/fixture/FixtureStudy.h"
 #include "platform/word/Word.h"
 
 namespace zpbench {
@@ -21,5 +22,10 @@ struct OpenDocument {
   Word::Ptr<Word::Application> app;
   Word::Ptr<Word::Selection> sel;
 };
+
+// One run of the driver on the real template, with the description and `kind` included, into
+// outDir/bench.docx; a design study's data runs the design study's driver. resultOption, when
+// not negative, is the study results' m_resultOption. Throws when the run fails.
+void RunReport(const StudyData& data, int kind, const std::string& outDir, int resultOption = -1);
 
 }  // namespace zpbench

@@ -10,12 +10,9 @@
 #include <string>
 #include <unistd.h>
 
-#include "core/Report.h"
-#include "core/framework/COVReportManager.h"
-#include "model/Format.h"
-#include "model/HeaderInfo.h"
+#include "bench/BenchKit.h"
+#include "model/Sections.h"
 #include "platform/docx/Engine.h"
-#include "platform/host/fixture/FixtureHost.h"
 
 namespace {
 
@@ -53,26 +50,6 @@ StudyData LoadsStudy(int loads) {
   return d;
 }
 
-void RunReport(const StudyData& data, const std::string& outDir) {
-  FixtureHost host(std::make_unique<FixtureStudy>(data));
-  host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
-  HostScope scope(host);
-  auto* format = new CZPNewReportFormat(0);
-  format->InitListDefaultFormat(0);
-  for (COVBaseReportSection* section : format->GetSections())
-    section->m_included = section->m_sectionType == kSectionLoadsFixtures || section->m_sectionType == kSectionDescription;
-  CZPReport report;
-  report.m_reportName = u"Bench";
-  report.m_documentPath = FromUtf8(outDir + "/bench.docx");
-  report.m_officeVersion = 16;
-  report.SetFormat(format);
-  auto* header = new CZPReportHeaderInfo;
-  header->SetReportFolderPath(FromUtf8(outDir));
-  report.SetHeaderInfo(header);
-  COVReportManager manager;
-  if (report.GenerateWordDoc(host.Study(), &manager) != 1) throw std::runtime_error("the run failed");
-}
-
 // Loads: the argument; items per second counts the loads.
 void BM_FixturesAndLoads(benchmark::State& state) {
   docx::RegisterWordApplication();
@@ -80,7 +57,7 @@ void BM_FixturesAndLoads(benchmark::State& state) {
   const StudyData data = LoadsStudy(loads);
   const std::string outDir = "/tmp/zp_bench_loads_" + std::to_string(::getpid());
   std::filesystem::create_directories(outDir);
-  for (auto _ : state) RunReport(data, outDir);
+  for (auto _ : state) zpbench::RunReport(data, kSectionLoadsFixtures, outDir);
   state.SetItemsProcessed(state.iterations() * loads);
   state.counters["time_per_load"] = benchmark::Counter(
       static_cast<double>(loads), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);

@@ -10,12 +10,9 @@
 #include <string>
 #include <unistd.h>
 
-#include "core/Report.h"
-#include "core/framework/COVReportManager.h"
-#include "model/Format.h"
-#include "model/HeaderInfo.h"
+#include "bench/BenchKit.h"
+#include "model/Sections.h"
 #include "platform/docx/Engine.h"
-#include "platform/host/fixture/FixtureHost.h"
 
 namespace {
 
@@ -62,34 +59,11 @@ StudyData MeshStudy(int controls) {
   return d;
 }
 
-// One run of the driver with `kind` included (the description always runs).
-void RunReport(const StudyData& data, int kind, int resultOption, const std::string& outDir) {
-  FixtureHost host(std::make_unique<FixtureStudy>(data));
-  host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
-  HostScope scope(host);
-  auto* format = new CZPNewReportFormat(0);
-  format->InitListDefaultFormat(0);
-  for (COVBaseReportSection* section : format->GetSections()) {
-    section->m_included = section->m_sectionType == kind || section->m_sectionType == kSectionDescription;
-    if (auto* results = dynamic_cast<CZPNewReportSectionStudyResults*>(section)) results->m_resultOption = resultOption;
-  }
-  CZPReport report;
-  report.m_reportName = u"Bench";
-  report.m_documentPath = FromUtf8(outDir + "/bench.docx");
-  report.m_officeVersion = 16;
-  report.SetFormat(format);
-  auto* header = new CZPReportHeaderInfo;
-  header->SetReportFolderPath(FromUtf8(outDir));
-  report.SetHeaderInfo(header);
-  COVReportManager manager;
-  if (report.GenerateWordDoc(host.Study(), &manager) != 1) throw std::runtime_error("the run failed");
-}
-
 void Run(benchmark::State& state, const StudyData& data, int kind, int resultOption, int items) {
   docx::RegisterWordApplication();
   const std::string outDir = "/tmp/zp_bench_results_" + std::to_string(::getpid());
   std::filesystem::create_directories(outDir);
-  for (auto _ : state) RunReport(data, kind, resultOption, outDir);
+  for (auto _ : state) zpbench::RunReport(data, kind, outDir, resultOption);
   state.SetItemsProcessed(state.iterations() * items);
   std::filesystem::remove_all(outDir);
 }

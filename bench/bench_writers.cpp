@@ -10,12 +10,9 @@
 #include <string>
 #include <unistd.h>
 
-#include "core/Report.h"
-#include "core/framework/COVReportManager.h"
-#include "model/Format.h"
-#include "model/HeaderInfo.h"
+#include "bench/BenchKit.h"
+#include "model/Sections.h"
 #include "platform/docx/Engine.h"
-#include "platform/host/fixture/FixtureHost.h"
 
 namespace {
 
@@ -67,33 +64,12 @@ StudyData LargeStudy(int bodies, int materials) {
   return d;
 }
 
-// One run of the driver with `kind` included (the description always runs).
-void RunReport(const StudyData& data, int kind, const std::string& outDir) {
-  FixtureHost host(std::make_unique<FixtureStudy>(data));
-  host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
-  HostScope scope(host);
-  auto* format = new CZPNewReportFormat(0);
-  format->InitListDefaultFormat(0);
-  for (COVBaseReportSection* section : format->GetSections())
-    section->m_included = section->m_sectionType == kind || section->m_sectionType == kSectionDescription;
-  CZPReport report;
-  report.m_reportName = u"Bench";
-  report.m_documentPath = FromUtf8(outDir + "/bench.docx");
-  report.m_officeVersion = 16;
-  report.SetFormat(format);
-  auto* header = new CZPReportHeaderInfo;
-  header->SetReportFolderPath(FromUtf8(outDir));
-  report.SetHeaderInfo(header);
-  COVReportManager manager;
-  if (report.GenerateWordDoc(host.Study(), &manager) != 1) throw std::runtime_error("the run failed");
-}
-
 void BM_Writer(benchmark::State& state, int kind, int bodies, int materials) {
   docx::RegisterWordApplication();
   const StudyData data = LargeStudy(bodies, materials);
   const std::string outDir = "/tmp/zp_bench_writers_" + std::to_string(::getpid());
   std::filesystem::create_directories(outDir);
-  for (auto _ : state) RunReport(data, kind, outDir);
+  for (auto _ : state) zpbench::RunReport(data, kind, outDir);
   if (bodies + materials > 0) state.SetItemsProcessed(state.iterations() * (bodies + materials));
   std::filesystem::remove_all(outDir);
 }

@@ -16,11 +16,7 @@ namespace {
 // Kinds 1 to 17 in the order of the walk (kind 0 is handled on its own).
 const std::vector<WalkStep>& StudyWalk() {
   static const std::vector<WalkStep> walk = {
-      {kSectionAssumptions, u"<Content_Assumption/>", u"<Comments_Assumption/>",
-       u"<Label_CommentsAssumption/>", u"<Header_Assumptions/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString& scratch, zphStudy* study) {
-         s->UpdateAssumptionDetailsInWordDoc(sel, scratch, study);
-       }},
+      AssumptionsStep(),
       {kSectionModelInformation, u"<Content_ModelInformation/>", u"<Comments_ModelInformation/>",
        u"<Label_CommentsModelInformation/>", u"<Header_ModelInformation/>",
        [](CZPNewReportSection* s, const SelectionPtr& sel, const CString& scratch, zphStudy* study) {
@@ -31,10 +27,7 @@ const std::vector<WalkStep>& StudyWalk() {
        [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy* study) {
          if (auto* p = As<CZPNewReportSectionStudyProperties>(s)) p->UpdateDetailsInWordDoc(sel, study);
        }},
-      {kSectionUnits, u"<Content_Units/>", u"<Comments_Units/>", u"<Label_CommentsUnits/>", u"<Header_Units/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
-         s->UpdateUnitsDetailsInWordDoc(sel);
-       }},
+      UnitsStep(),
       {kSectionMaterialProperties, u"<Content_MaterialProperties/>", u"<Comments_MaterialProperties/>",
        u"<Label_CommentsMaterialProperties/>", u"<Header_MaterialProperties/>",
        [](CZPNewReportSection* s, const SelectionPtr& sel, const CString& scratch, zphStudy* study) {
@@ -82,16 +75,8 @@ const std::vector<WalkStep>& StudyWalk() {
            r->WritePressureVesselLinearizationData(sel, scratch, study);
          }
        }},
-      {kSectionConclusions, u"<Content_Conclusions/>", u"<Comments_Conclusions/>",
-       u"<Label_CommentsConclusions/>", u"<Header_Conclusions/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
-         s->UpdateConclusionDetailsInWordDoc(sel);
-       }},
-      {kSectionUserDefined, u"<Content_UserDefined/>", u"<Comments_UserDefined/>",
-       u"<Label_CommentsUserDefined/>", u"<Header_UserDefined/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
-         if (auto* u = As<CZPNewReportSectionUser>(s)) u->UpdateDetailsInWordDoc(sel);
-       }},
+      ConclusionsStep(),
+      UserDefinedStep(),
   };
   return walk;
 }

@@ -18,6 +18,37 @@ ScratchFolder::~ScratchFolder() {
   if (m_made) RemoveScratchFolder(m_path);
 }
 
+WalkStep AssumptionsStep() {
+  return {kSectionAssumptions, u"<Content_Assumption/>", u"<Comments_Assumption/>", u"<Label_CommentsAssumption/>",
+          u"<Header_Assumptions/>",
+          [](CZPNewReportSection* s, const SelectionPtr& sel, const CString& scratch, zphStudy* study) {
+            s->UpdateAssumptionDetailsInWordDoc(sel, scratch, study);
+          }};
+}
+
+WalkStep UnitsStep() {
+  return {kSectionUnits, u"<Content_Units/>", u"<Comments_Units/>", u"<Label_CommentsUnits/>", u"<Header_Units/>",
+          [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
+            s->UpdateUnitsDetailsInWordDoc(sel);
+          }};
+}
+
+WalkStep ConclusionsStep() {
+  return {kSectionConclusions, u"<Content_Conclusions/>", u"<Comments_Conclusions/>", u"<Label_CommentsConclusions/>",
+          u"<Header_Conclusions/>",
+          [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
+            s->UpdateConclusionDetailsInWordDoc(sel);
+          }};
+}
+
+WalkStep UserDefinedStep() {
+  return {kSectionUserDefined, u"<Content_UserDefined/>", u"<Comments_UserDefined/>", u"<Label_CommentsUserDefined/>",
+          u"<Header_UserDefined/>",
+          [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
+            if (auto* u = As<CZPNewReportSectionUser>(s)) u->UpdateDetailsInWordDoc(sel);
+          }};
+}
+
 CString RunErrorReason(const std::exception& e) {
   if (const auto* com = dynamic_cast<const Word::ComError*>(&e))
     return FromUtf8(com->Description().empty() ? std::string(com->what()) : com->Description());

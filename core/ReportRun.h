@@ -24,6 +24,12 @@ struct WalkStep {
       write;
 };
 
+// The steps that a study's walk and a design study's walk share.
+WalkStep AssumptionsStep();
+WalkStep UnitsStep();
+WalkStep ConclusionsStep();
+WalkStep UserDefinedStep();
+
 template <class Section>
 Section* As(CZPNewReportSection* section) {
   return dynamic_cast<Section*>(section);

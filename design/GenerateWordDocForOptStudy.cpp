@@ -16,11 +16,7 @@ namespace {
 // written nor removed.
 const std::vector<WalkStep>& DesignWalk() {
   static const std::vector<WalkStep> walk = {
-      {kSectionAssumptions, u"<Content_Assumption/>", u"<Comments_Assumption/>", u"<Label_CommentsAssumption/>",
-       u"<Header_Assumptions/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString& scratch, zphStudy*) {
-         s->UpdateAssumptionDetailsInWordDoc(sel, scratch, nullptr);
-       }},
+      AssumptionsStep(),
       {kSectionModelInformation, u"<Content_ModelInformation/>", u"<Comments_ModelInformation/>",
        u"<Label_CommentsModelInformation/>", u"<Header_ModelInformation/>",
        [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
@@ -31,10 +27,7 @@ const std::vector<WalkStep>& DesignWalk() {
        [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
          if (auto* p = As<CZPNewReportSectionStudyProperties>(s)) p->UpdateDetailsInWordDocForOptStudy(sel);
        }},
-      {kSectionUnits, u"<Content_Units/>", u"<Comments_Units/>", u"<Label_CommentsUnits/>", u"<Header_Units/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
-         s->UpdateUnitsDetailsInWordDoc(sel);
-       }},
+      UnitsStep(),
       {kSectionLoadsFixtures, u"<Content_FixturesLoads/>", u"<Comments_FixturesLoads/>",
        u"<Label_CommentsFixturesLoads/>", u"<Header_DesignStudySetUp/>",
        [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
@@ -45,16 +38,8 @@ const std::vector<WalkStep>& DesignWalk() {
        [](CZPNewReportSection* s, const SelectionPtr& sel, const CString& scratch, zphStudy*) {
          if (auto* r = As<CZPNewReportSectionStudyResults>(s)) r->GetActiveOptResultsVariables(sel, scratch);
        }},
-      {kSectionConclusions, u"<Content_Conclusions/>", u"<Comments_Conclusions/>",
-       u"<Label_CommentsConclusions/>", u"<Header_Conclusions/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
-         s->UpdateConclusionDetailsInWordDoc(sel);
-       }},
-      {kSectionUserDefined, u"<Content_UserDefined/>", u"<Comments_UserDefined/>",
-       u"<Label_CommentsUserDefined/>", u"<Header_UserDefined/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString&, zphStudy*) {
-         if (auto* u = As<CZPNewReportSectionUser>(s)) u->UpdateDetailsInWordDoc(sel);
-       }},
+      ConclusionsStep(),
+      UserDefinedStep(),
   };
   return walk;
 }
