@@ -38,14 +38,15 @@ std::string RunCaption(int column, bool iterations) {
   return Str(iterations ? 54961 : 50806) + std::to_string(column - 2);
 }
 
-// The run tables of the results section, in document order: the nested tables whose first cell
-// holds the name caption.
+// The run tables of the results section, in document order: the nested tables whose header
+// row begins with the name and units captions.
 std::vector<pugi::xml_node> RunTables(const pugi::xml_node& section) {
   std::vector<pugi::xml_node> tables;
   for (pugi::xpath_node t : section.select_nodes(".//w:tbl")) {
     auto rows = Rows(t.node());
-    if (!rows.empty() && !CellTexts(rows[0]).empty() && CellTexts(rows[0])[0] == Str(55010))
-      tables.push_back(t.node());
+    if (rows.empty()) continue;
+    const auto header = CellTexts(rows[0]);
+    if (header.size() >= 2 && header[0] == Str(55010) && header[1] == Str(50697)) tables.push_back(t.node());
   }
   return tables;
 }
@@ -177,10 +178,15 @@ TEST(DesignStudy, PropertiesPlotsAndAStudyWithoutRuns) {
   for (int withImages : {1, 0}) {
     SCOPED_TRACE(withImages);
     ReportSetup setup;
-    setup.included = kDesignKinds;
+    setup.included = {kSectionStudyProperties, kSectionStudyResults};
     setup.resultOption = withImages;
     auto report = Generate(file, setup);
     ASSERT_TRUE(report->generated);
+    // The sections left out are cut by their own headings, the set-up by its design heading:
+    // no tag is left anywhere.
+    EXPECT_TRUE(Report::Tags(report->doc).empty()) << report->Text();
+    EXPECT_FALSE(report->Section(Str(54969)));
+    EXPECT_FALSE(report->Section(kSectionModelInformation));
     // Without notes, four rows; the flags pick the texts.
     EXPECT_EQ(TableRows(report->Section(kSectionStudyProperties), "DS 2"),
               (std::vector<std::vector<std::string>>{{Str(50691), "DS 2"},
