@@ -128,20 +128,7 @@ void CZPReport::FailRun(const CString& reason) {
 int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
   m_runOutcome = kRunNone;
   m_runError.Empty();
-  if (!m_format || !m_headerInfo) {
-    FailRun(u"the report has no format or no header");
-    return 0;
-  }
-
-  const CString templateFolder = GetReportTemplatePath();
-  const CString templateFile = m_officeVersion < 12 ? kStudyTemplate2003 : kStudyTemplate2007;
-  if (!InitWord(templateFile, templateFolder)) {
-    FailRun(u"Word could not start a document from the report template");
-    return 0;
-  }
-
-  m_cancelRequested = 0;
-  m_progressStep = 0;
+  if (!StartWord(kStudyTemplate2007, kStudyTemplate2003)) return 0;
 
   const CString title = ZpCommonString(55026);
   CString statusLine = ZpCommonString(55025);

@@ -99,6 +99,10 @@ private:
   // template table each; without images the tag goes with its line.
   void AddInsertedImages(COVReportManager* manager, const CString& contentTag, int sectionId,
                          const CString& sectionName);
+  // The start of a run: with a format and a header, Word started on the template (the one for
+  // Word 2007 and later, or the older one), the cancel flag and the progress step at 0. 0 when
+  // the run cannot start (the reason is recorded).
+  int StartWord(const char16_t* template2007, const char16_t* template2003);
   // The middle of a run: the progress step of the header, `writeHeader`, the description, each
   // section of `walk` (written when included, else cut out) and the removal of the inserted
   // images' template. 1 when the user cancelled (Word is closed then). An error closes Word

@@ -55,6 +55,21 @@ CString RunErrorReason(const std::exception& e) {
   return FromUtf8(e.what());
 }
 
+int CZPReport::StartWord(const char16_t* template2007, const char16_t* template2003) {
+  if (!m_format || !m_headerInfo) {
+    FailRun(u"the report has no format or no header");
+    return 0;
+  }
+  const CString templateFile = m_officeVersion < 12 ? template2003 : template2007;
+  if (!InitWord(templateFile, GetReportTemplatePath())) {
+    FailRun(u"Word could not start a document from the report template " + templateFile);
+    return 0;
+  }
+  m_cancelRequested = 0;
+  m_progressStep = 0;
+  return 1;
+}
+
 int CZPReport::WriteSections(CThreadedRunMessageBox& box, const std::vector<WalkStep>& walk,
                              COVReportManager* manager, const CString& scratchFolder, zphStudy* study,
                              const std::function<void()>& writeHeader) {

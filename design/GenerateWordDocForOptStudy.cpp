@@ -54,20 +54,7 @@ int CZPReport::GenerateWordDocForOptStudy(COVReportManager* manager) {
     FailRun(u"no design study is active");
     return 0;
   }
-  if (!m_format || !m_headerInfo) {
-    FailRun(u"the report has no format or no header");
-    return 0;
-  }
-
-  const CString templateFolder = GetReportTemplatePath();
-  const CString templateFile = m_officeVersion < 12 ? kDesignTemplate2003 : kDesignTemplate2007;
-  if (!InitWord(templateFile, templateFolder)) {
-    FailRun(u"Word could not start a document from the design study's report template");
-    return 0;
-  }
-
-  m_cancelRequested = 0;
-  m_progressStep = 0;
+  if (!StartWord(kDesignTemplate2007, kDesignTemplate2003)) return 0;
 
   CThreadedRunMessageBox box(u"IDR_WORDGENERATING_GIF", ZpCommonString(55026), ZpCommonString(55025) + u"...",
                              ZpCommonString(55021), GetTotalIncludedSections() + 2,

@@ -374,10 +374,15 @@ def sec_study_properties():
                    ("<Label_CommentsStudyProperties/>", "<Comments_StudyProperties/>"))
 
 
+def key_value_section(name, label_tag, value_tag):
+    """A section whose writer's row holds one label/value table."""
+    body = [key_value_table(NEST_W, label_tag, value_tag), blank()]
+    return section(f"<Header_{name}/>", body, f"<Content_{name}/>",
+                   (f"<Label_Comments{name}/>", f"<Comments_{name}/>"))
+
+
 def sec_units():
-    body = [key_value_table(NEST_W, "<Label_Unit/>", "<Setting_Unit/>"), blank()]
-    return section("<Header_Units/>", body, "<Content_Units/>",
-                   ("<Label_CommentsUnits/>", "<Comments_Units/>"))
+    return key_value_section("Units", "<Label_Unit/>", "<Setting_Unit/>")
 
 
 def sec_material():
@@ -700,9 +705,7 @@ def sec_design_model_information():
 
 
 def sec_design_study_properties():
-    body = [key_value_table(NEST_W, "<Label_StudyProp/>", "<Setting_StudyProp/>"), blank()]
-    return section("<Header_StudyProperties/>", body, "<Content_StudyProperties/>",
-                   ("<Label_CommentsStudyProperties/>", "<Comments_StudyProperties/>"))
+    return key_value_section("StudyProperties", "<Label_StudyProp/>", "<Setting_StudyProp/>")
 
 
 def sec_design_setup():
