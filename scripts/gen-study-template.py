@@ -963,7 +963,12 @@ def main():
                 if rel.replace(os.sep, "/") in GENERATED_PARTS:
                     continue
                 with open(os.path.join(folder, name), encoding="utf-8") as f:
-                    write(out, rel, f.read())
+                    text = f.read()
+                if rel.replace(os.sep, "/") == "docProps/core.xml":
+                    text = (text.replace("Simulation Study Report", "Design Study Report")
+                                .replace("Template of the simulation study report.",
+                                         "Template of the design study report."))
+                write(out, rel, text)
         write(out, "word/document.xml", xml(document(DESIGN_SECTIONS, DESIGN_TOC_PAGES)))
     else:
         out = args[0] if args else study_folder
