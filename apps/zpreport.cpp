@@ -226,7 +226,10 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   {
     HostScope scope(host);
     COVReportManager* manager = nullptr;
-    lib.getManager(host.Study(), &manager);
+    // A design study has no study object: the manager gets none, and its report is the design
+    // session's.
+    const bool designStudy = host.Study()->Data().design.has_value();
+    lib.getManager(designStudy ? nullptr : host.Study(), &manager);
     if (!answers.empty()) {
       char error[512] = {};
       if (!lib.setDialogAnswers(manager, answers.c_str(), error, sizeof error)) {
@@ -344,7 +347,7 @@ int main(int argc, char** argv) {
              "missing; 70 an error of the program itself.");
   GenerateArgs args;
   CLI::App* generate = app.add_subcommand("generate", "Generate the report of a study file");
-  generate->add_option("study", args.study, "The study file (JSON)")->required();
+  generate->add_option("study", args.study, "The study file or design study file (JSON)")->required();
   generate->add_option("--out", args.out, "The folder for the report")->required();
   generate->add_option("--name", args.name, "The report's name (default: the study's name)");
   generate->add_option("--library", args.library, "The report library (default: next to this program)");

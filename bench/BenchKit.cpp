@@ -54,8 +54,8 @@ void RunReport(const StudyData& data, int kind, const std::function<void(COVBase
   FixtureHost host(std::make_unique<FixtureStudy>(data));
   host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
   HostScope scope(host);
-  auto* format = new CZPNewReportFormat(0);
-  format->InitListDefaultFormat(0);
+  auto* format = new CZPNewReportFormat(data.studyType);
+  format->InitListDefaultFormat(data.studyType);
   for (COVBaseReportSection* section : format->GetSections()) {
     section->m_included = section->m_sectionType == kind || section->m_sectionType == kSectionDescription;
     if (tweak) tweak(section);
@@ -69,7 +69,10 @@ void RunReport(const StudyData& data, int kind, const std::function<void(COVBase
   header->SetReportFolderPath(FromUtf8(outDir));
   report.SetHeaderInfo(header);
   COVReportManager manager;
-  if (report.GenerateWordDoc(host.Study(), &manager) != 1) throw std::runtime_error("the run failed");
+  // A design study's data runs the design study's driver.
+  const int generated =
+      data.design ? report.GenerateWordDocForOptStudy(&manager) : report.GenerateWordDoc(host.Study(), &manager);
+  if (generated != 1) throw std::runtime_error("the run failed");
 }
 
 }  // namespace

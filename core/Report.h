@@ -2,6 +2,8 @@
 // CZPReport: one report of a study: its names and document, its own copies of a format and
 // of the header data, and, for the length of a run, the Word instance it drives.
 #include <atomic>
+#include <functional>
+#include <vector>
 
 #include "core/framework/COVReport.h"
 #include "core/framework/COVReportManager.h"
@@ -14,10 +16,13 @@ class CZPReportHeaderInfo;
 class CZPReportManager;
 class CThreadedRunMessageBox;
 class zphStudy;
+struct WalkStep;
 
 // The template files, in the folder of GetReportTemplatePath().
 inline constexpr const char16_t* kStudyTemplate2007 = u"SimulationReportTemplate_2007.dotx";
 inline constexpr const char16_t* kStudyTemplate2003 = u"SimulationReportTemplate_2003.dot";
+inline constexpr const char16_t* kDesignTemplate2007 = u"SimulationReportTemplate_DStudy_2007.dotx";
+inline constexpr const char16_t* kDesignTemplate2003 = u"SimulationReportTemplate_DStudy_2003.dot";
 // The tag that every template must hold on its cover: InitWord proves searching with it.
 inline constexpr const char16_t* kMainModelImageTag = u"<Image_288pxW_MainModel/>";
 // The template table of inserted images.
@@ -94,6 +99,19 @@ private:
   // template table each; without images the tag goes with its line.
   void AddInsertedImages(COVReportManager* manager, const CString& contentTag, int sectionId,
                          const CString& sectionName);
+  // The start of a run: with a format and a header, Word started on the template (the one for
+  // Word 2007 and later, or the older one), the cancel flag and the progress step at 0. 0 when
+  // the run cannot start (the reason is recorded).
+  int StartWord(const char16_t* template2007, const char16_t* template2003);
+  // The middle of a run: the progress step of the header, `writeHeader`, the description, each
+  // section of `walk` (written when included, else cut out) and the removal of the inserted
+  // images' template. 1 when the user cancelled (Word is closed then). An error closes Word
+  // and passes on.
+  int WriteSections(CThreadedRunMessageBox& box, const std::vector<WalkStep>& walk, COVReportManager* manager,
+                    const CString& scratchFolder, zphStudy* study, const std::function<void()>& writeHeader);
+  // The end of a run: table of contents, save into the report folder, the last progress step,
+  // Word closed. 1 when the document was saved and Word closed.
+  int SaveAndCloseWord(CThreadedRunMessageBox& box);
   // Records the reason of a failing run; the first reason given stays.
   void FailRun(const CString& reason);
   // Releases document, selection and application, in this order.

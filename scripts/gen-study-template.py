@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
 """Writes the readable OOXML source of the study report template.
 
-Usage: scripts/gen-study-template.py [output-folder]
-Default output: templates/SimulationReportTemplate_2007.dotx
+Usage: scripts/gen-study-template.py [--design] [output-folder]
+Default output: templates/SimulationReportTemplate_2007.dotx, or with --design the
+design-study template templates/SimulationReportTemplate_DStudy_2007.dotx (which takes
+styles, theme and settings from the study template's folder).
 
 The XML under templates/ is what the build zips and what is reviewed; this
 script only saves typing when the layout changes. Run it, look at the diff,
@@ -372,10 +374,15 @@ def sec_study_properties():
                    ("<Label_CommentsStudyProperties/>", "<Comments_StudyProperties/>"))
 
 
+def key_value_section(name, label_tag, value_tag):
+    """A section whose writer's row holds one label/value table."""
+    body = [key_value_table(NEST_W, label_tag, value_tag), blank()]
+    return section(f"<Header_{name}/>", body, f"<Content_{name}/>",
+                   (f"<Label_Comments{name}/>", f"<Comments_{name}/>"))
+
+
 def sec_units():
-    body = [key_value_table(NEST_W, "<Label_Unit/>", "<Setting_Unit/>"), blank()]
-    return section("<Header_Units/>", body, "<Content_Units/>",
-                   ("<Label_CommentsUnits/>", "<Comments_Units/>"))
+    return key_value_section("Units", "<Label_Unit/>", "<Setting_Unit/>")
 
 
 def sec_material():
@@ -688,6 +695,83 @@ SECTIONS = [
 ]
 
 
+# ------------------------------------------------------- design-study template ---
+def sec_design_model_information():
+    g = split(NEST_W, (3, 2, 6, 3))
+    docs = tbl(g, [heading_row(g, ["<Label_Name/>", "<Label_Config/>", "<Label_DocPath/>", "<Label_Modified/>"]),
+                   value_row(g, ["<Name_row1/>", "<Config_row1/>", "<DocPath_row1/>", "<Modified_row1/>"])])
+    return section("<Header_ModelInformation/>", [docs, blank()], "<Content_ModelInformation/>",
+                   ("<Label_CommentsModelInformation/>", "<Comments_ModelInformation/>"))
+
+
+def sec_design_study_properties():
+    return key_value_section("StudyProperties", "<Label_StudyProp/>", "<Setting_StudyProp/>")
+
+
+def sec_design_setup():
+    # Each table carries its caption in a title row, so that a table with nothing to show
+    # takes its caption with it.
+    dg = split(NEST_W, (4, 3, 6, 2))
+    variables = titled(tbl(dg, [
+        heading_row(dg, ["<L_DVName/>", "<Label_DVType/>", "<Label_DVValues/>", "<Label_DVUnits/>"]),
+        value_row(dg, ["<DVName/>", "<DVType/>", "<Details_DVValues/>", "<DVUnits/>"])]),
+        "<Label_DesignVariables/>")
+    cg = split(NEST_W, (4, 3, 4, 2, 3))
+    constraints = titled(tbl(cg, [
+        heading_row(cg, ["<L_ConstrName/>", "<L_ ConstrType/>", "<Label_CoBounds/>", "<Label_ConUnits/>",
+                         "<L_ConsStudy/>"]),
+        value_row(cg, ["< ConstrName/>", "<ConstrType/>", "<Details_Bounds/>", "<ConstrUnits/>",
+                       "<ConstrStudyName/>"])]),
+        "<Label_Constraints/>")
+    gg = split(NEST_W, (4, 3, 4, 2, 3))
+    goals = titled(tbl(gg, [
+        heading_row(gg, ["<L_GoalName/>", "<Label_GoalDetail/>", "<Label_GoalProperty/>", "<Label_GoalWeight/>",
+                         "<Label_GoalStudy/>"]),
+        value_row(gg, ["<Goal_Name/>", "<Goal_Details/>", "<Goal_Property/>", "<Goal_Weight/>",
+                       "<Goal_StudyName/>"])]),
+        "<Label_Goals/>")
+    body = [variables, blank(), constraints, blank(), goals, blank()]
+    return section("<Header_DesignStudySetUp/>", body, "<Content_FixturesLoads/>",
+                   ("<Label_CommentsFixturesLoads/>", "<Comments_FixturesLoads/>"))
+
+
+def sec_design_results():
+    # The run table: name, units and five run columns; the writer clones it for every five
+    # runs and removes the surplus columns of the last clone.
+    rg = split(NEST_W, (5, 3, 3, 3, 3, 3, 3))
+    runs = tbl(rg, [
+        heading_row(rg, ["<L_ComName/>", "<L_Units/>", "<L_Iter1/>", "<L_Iter2/>", "<L_Iter3/>", "<L_Iter4/>",
+                         "<L_Iter5/>"]),
+        value_row(rg, ["<SR_ComName/>", "<SR_Units/>", "<SR_Iter1/>", "<SR_Iter2/>", "<SR_Iter3/>", "<SR_Iter4/>",
+                       "<SR_Iter5/>"])])
+    pg = split(NEST_W, (5, 4, 3, 3))
+    # One copy a plot. Picture and caption share a row: without pictures the writer deletes the
+    # caption's row, and the picture's place goes with it.
+    plots = tbl(pg, [
+        heading_row(pg, ["<L_SRName/>", "<L_SRType/>", "<L_SRMin/>", "<L_SRMax/>"], keep=True),
+        value_row(pg, ["<SR_Name/>", "<SR_Type/>", "<SR_Min/>", "<SR_Max/>"], keep=True),
+        tr(tc(NEST_W, pic("<Image_StudyResult/>"), caption("<ImageCaption_StudyResult/>"), span=4)),
+    ])
+    body = [p("<StudyResults_Run_Status/>"), runs, blank(), plots, blank()]
+    return section("<Header_StudyResults/>", body, "<Content_StudyResults/>",
+                   ("<Label_CommentsStudyResults/>", "<Comments_StudyResults/>"))
+
+
+DESIGN_SECTIONS = [
+    ("Description", sec_description),
+    ("Assumptions", sec_assumptions),
+    ("Model Information", sec_design_model_information),
+    ("Study Properties", sec_design_study_properties),
+    ("Units", sec_units),
+    ("Design Study Setup", sec_design_setup),
+    ("Study Results", sec_design_results),
+    ("Conclusion", sec_conclusions),
+    ("User Defined", sec_user_defined),
+]
+DESIGN_TOC_PAGES = [3, 3, 3, 3, 3, 3, 4, 5, 5]
+GENERATED_PARTS = {"word/document.xml"}
+
+
 # ------------------------------------------------------------------ cover ---
 def cover():
     g = [3000, 5000]
@@ -719,10 +803,12 @@ def cover():
 TOC_PAGES = [3, 3, 3, 4, 4, 4, 5, 6, 6, 7, 7, 8, 9, 9, 10, 10]
 
 
-def toc():
+def toc(sections=None, pages=None):
+    sections = sections or SECTIONS
+    pages = pages or TOC_PAGES
     entries = []
     pos = 9638 - 10
-    for i, (name, _) in enumerate(SECTIONS):
+    for i, (name, _) in enumerate(sections):
         bm = f"_Toc{100000001 + i}"
         entries.append(w("p", None,
             w("pPr", None, w("pStyle", {"val": "TOC1"}),
@@ -737,7 +823,7 @@ def toc():
               w("r", None, w("rPr", None, w("noProof"), w("webHidden")),
                 w("instrText", {"xml:space": "preserve"}, text=f" PAGEREF {bm} \\h ")),
               w("r", None, w("rPr", None, w("noProof"), w("webHidden")), w("fldChar", {"fldCharType": "separate"})),
-              w("r", None, w("rPr", None, w("noProof"), w("webHidden")), w("t", None, text=str(TOC_PAGES[i]))),
+              w("r", None, w("rPr", None, w("noProof"), w("webHidden")), w("t", None, text=str(pages[i]))),
               w("r", None, w("rPr", None, w("noProof"), w("webHidden")), w("fldChar", {"fldCharType": "end"})))))
     end = p(w("r", None, w("fldChar", {"fldCharType": "end"})))
     return w("sdt", None,
@@ -749,12 +835,13 @@ def toc():
                *entries, end))
 
 
-def document():
+def document(sections=None, pages=None):
+    sections = sections or SECTIONS
     body = []
     body.extend(cover())
-    body.append(toc())
+    body.append(toc(sections, pages))
     body.append(p(w("r", None, w("br", {"type": "page"}))))
-    for i, (name, make) in enumerate(SECTIONS):
+    for i, (name, make) in enumerate(sections):
         t = make()
         bm = f"_Toc{100000001 + i}"
         # put the table-of-contents bookmark round the heading tag
@@ -863,9 +950,29 @@ def xml(root):
 
 def main():
     here = os.path.dirname(os.path.abspath(__file__))
-    out = sys.argv[1] if len(sys.argv) > 1 else os.path.join(here, "..", "templates",
-                                                             "SimulationReportTemplate_2007.dotx")
-    write(out, "word/document.xml", xml(document()))
+    args = sys.argv[1:]
+    design = "--design" in args
+    args = [a for a in args if a != "--design"]
+    study_folder = os.path.join(here, "..", "templates", "SimulationReportTemplate_2007.dotx")
+    if design:
+        out = args[0] if args else os.path.join(here, "..", "templates", "SimulationReportTemplate_DStudy_2007.dotx")
+        # styles, theme, settings and the package's relationships are the study template's
+        for folder, _, files in os.walk(study_folder):
+            for name in files:
+                rel = os.path.relpath(os.path.join(folder, name), study_folder)
+                if rel.replace(os.sep, "/") in GENERATED_PARTS:
+                    continue
+                with open(os.path.join(folder, name), encoding="utf-8") as f:
+                    text = f.read()
+                if rel.replace(os.sep, "/") == "docProps/core.xml":
+                    text = (text.replace("Simulation Study Report", "Design Study Report")
+                                .replace("Template of the simulation study report.",
+                                         "Template of the design study report."))
+                write(out, rel, text)
+        write(out, "word/document.xml", xml(document(DESIGN_SECTIONS, DESIGN_TOC_PAGES)))
+    else:
+        out = args[0] if args else study_folder
+        write(out, "word/document.xml", xml(document()))
     write(out, "word/header1.xml", xml(header_first()))
     write(out, "word/header2.xml", xml(header_default()))
     write(out, "word/footer1.xml", xml(footer(False)))

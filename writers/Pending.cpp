@@ -19,7 +19,5 @@ void CZPNewReportSectionStudyResults::WritePressureVesselLinearizationData(Selec
                                                                            zphStudy* /*study*/) {}
 
 // ---- drivers of other kinds of report
-// The design-study driver: until it lands, a design study's report is not generated.
-int CZPReport::GenerateWordDocForOptStudy(COVReportManager* /*manager*/) { return 0; }
 // The quick study's report: until it lands, the wizard's command does nothing.
 void CZPReportManager::CreateBreviaStudyReport() {}

@@ -270,3 +270,22 @@ TEST(SampleReport, CommandLineProgramWritesTheSample) {
   });
   EXPECT_TRUE(tags.empty()) << tags.front();
 }
+
+TEST(SampleReport, CommandLineProgramWritesTheDesignStudyExample) {
+  docxtest::TempDir out;
+  const std::string study = std::string(ZP_SOURCE_DIR) + "/examples/design/study.json";
+  const std::string command = kBinary + "/zpreport generate " + study + " --out " + out.Path() + " --name Sample > " +
+                              out.File("stdout.txt") + " 2> " + out.File("stderr.txt");
+  ASSERT_EQ(std::system(command.c_str()), 0) << docxtest::ReadPart(out.File("stderr.txt"), "");
+  const std::string body = docxtest::BodyText(out.File("Bracket-Sample.docx"));
+  // The design study's own template, properties, set-up and run tables, and the file's texts.
+  EXPECT_TRUE(Has(body, "Design Study(Optimization)"));
+  EXPECT_TRUE(Has(body, "Design Variables\n"));
+  EXPECT_TRUE(Has(body, "8 of 9 iterations were run successfully."));
+  EXPECT_TRUE(Has(body, "Iteration 5\n"));
+  EXPECT_FALSE(Has(body, "Iteration 6"));
+  EXPECT_TRUE(Has(body, "Iteration 4 breaks the stress limit"));
+  EXPECT_FALSE(Has(body, "Fixtures and Loads")) << "the set-up has its own heading";
+  const std::vector<std::string> tags = TagsIn(body);
+  EXPECT_TRUE(tags.empty()) << tags.front();
+}

@@ -82,6 +82,21 @@ const BadStudyCase kBadCases[] = {
      "report.comments.description", "unknown section"},
     {"unknown section left out", [](json& j, const fs::path&) { j["report"]["exclude"] = {"units", "meshes"}; },
      "report.exclude[1]", "unknown section \"meshes\""},
+    {"study and design study", [](json& j, const fs::path&) { j["designStudy"] = {{"name", "DS"}}; }, "study",
+     "a design study file has no study"},
+    {"run row without a value",
+     [](json& j, const fs::path&) {
+       j.erase("study");
+       j["designStudy"] = {{"name", "DS"},
+                           {"runs", {{"total", 3}, {"done", 2}, {"columns", 2}, {"rows", {{"Mass", "kg", "1"}}}}}};
+     },
+     "designStudy.runs.rows[0]", "expected an array of 4 strings, found 3"},
+    {"more runs done than there are",
+     [](json& j, const fs::path&) {
+       j.erase("study");
+       j["designStudy"] = {{"name", "DS"}, {"runs", {{"total", 3}, {"done", 4}, {"columns", 2}}}};
+     },
+     "designStudy.runs.done", "more runs done"},
     {"unknown format version", [](json& j, const fs::path&) { j["format"] = 2; }, "format", "version 2"},
     {"top level not an object", [](json& j, const fs::path&) { j = json::array(); }, "(top level)", "expected an object"},
     // Pictures that are no pictures, cut short or over the caps.

@@ -260,7 +260,10 @@ std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> fixtureStudy, con
     manager.InsertNewImage(record);
   }
 
-  result->generated = report.GenerateWordDoc(study, &manager) == 1;
+  // A design study file makes a report of the design study, which has no study object.
+  const int generated =
+      study->Data().design ? report.GenerateWordDocForOptStudy(&manager) : report.GenerateWordDoc(study, &manager);
+  result->generated = generated == 1;
   result->path = outDir + "/report.docx";
   if (result->generated) {
     const std::string xml = docxtest::ReadPart(result->path, "word/document.xml");

@@ -209,13 +209,7 @@ void CZPNewReportSectionModelInformation::UpdateDetailsInWordDoc(SelectionPtr se
       TypeString(selection, ZpCommonString(kNoneText));
       return;
     }
-    if (records >= 2 && FindTag(selection, u"<Name_row1/>", 0)) {
-      selection->SelectRow();
-      selection->Copy();
-      selection->InsertRowsBelow();
-      for (int record = 1; record < records; ++record) selection->Paste();
-      DeleteRow(selection);  // the blank row behind the last copy
-    }
+    if (records >= 2 && FindTag(selection, u"<Name_row1/>", 0)) CloneRow(selection, records);
 
     FillText(selection, u"<Label_Name/>", 51576);
     FillText(selection, u"<Label_Config/>", 55007);

@@ -129,3 +129,36 @@ void CZPNewReportSection::UpdateUnitsDetailsInWordDoc(SelectionPtr selection) {
   } catch (...) {
   }
 }
+
+void CZPNewReportSectionStudyProperties::UpdateDetailsInWordDocForOptStudy(SelectionPtr selection) {
+  CString name;
+  CString quality;
+  CString notes;
+  int optimization = 1;
+  int optimizationSuffix = 0;
+  int highQuality = 1;
+  if (OrvOptSession_c* session = OrvSession_c::OrvOpt())
+    session->GetDesignStudyProperties(name, optimization, optimizationSuffix, highQuality, quality, notes);
+
+  CString studyType = ZpCommonString(54950);
+  if (optimizationSuffix != 0) studyType += u"(" + ZpCommonString(50594) + u")";
+  CStringList pairs(10);
+  auto add = [&pairs](unsigned caption, const CString& setting) {
+    pairs.AddTail(ZpCommonString(caption));
+    pairs.AddTail(setting);
+  };
+  add(50691, name);
+  add(50509, studyType);
+  add(54951, ZpCommonString(optimization != 0 ? 54952 : 54953));
+  add(50701, highQuality != 0 ? ZpCommonString(50702) + u"(" + quality + u")" : quality);
+  if (!notes.IsEmpty()) add(53933, notes);
+
+  Fill(selection, kStudyHeaderTag, m_title);
+  if (!FindTag(selection, kPropertiesLabelTag, 0)) return;
+  try {
+    ListWalk walk(pairs);
+    WritePairRows(selection, walk, pairs.GetCount() / 2, kPropertiesValueTag, false);
+  } catch (...) {
+    // The rows stop where they stand; the run goes on.
+  }
+}

@@ -29,11 +29,9 @@ inline void DropTable(const SelectionPtr& selection) {
   Word::Checked(Word::Checked(selection->GetTables())->Item(1))->Delete();
 }
 
-// Replaces the innermost table holding the selection by `copies` copies of it, each behind a
-// paragraph of its own; the selection ends in the last. One copy leaves the table as it is.
-inline void RepeatTable(const SelectionPtr& selection, int copies) {
-  if (copies <= 1) return;
-  selection->SelectCell();
+// The table that holds the selection goes to the clipboard and comes back `copies` times, each
+// copy behind a paragraph of its own; the selection stays after the last copy.
+inline void CloneTable(const SelectionPtr& selection, int copies) {
   Word::Checked(Word::Checked(selection->GetTables())->Item(1))->Select();
   selection->Cut();
   selection->TypeBackspace();
@@ -41,6 +39,16 @@ inline void RepeatTable(const SelectionPtr& selection, int copies) {
     selection->TypeParagraph();
     selection->PasteAsNestedTable();
   }
+}
+
+// The row that holds the selection is copied `copies` - 1 times below itself, so that the table
+// has `copies` rows of that shape there.
+inline void CloneRow(const SelectionPtr& selection, int copies) {
+  selection->SelectRow();
+  selection->Copy();
+  selection->InsertRowsBelow();
+  for (int copy = 1; copy < copies; ++copy) selection->Paste();
+  DeleteRow(selection);  // the blank row behind the last copy
 }
 
 // Black text from here on.
