@@ -244,6 +244,16 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
         d->UpdateDescriptionInWordDoc(m_wordSelection);
     }
 
+    // The beams writer stops between beams when the user cancels.
+    auto* beams = dynamic_cast<CZPNewReportSectionBeams*>(m_format->GetSection(kSectionBeams));
+    if (beams) beams->m_cancel.Watch(&m_cancelRequested);
+    struct Unwatch {
+      CZPNewReportSectionBeams* section;
+      ~Unwatch() {
+        if (section) section->m_cancel.Watch(nullptr);
+      }
+    } unwatch{beams};
+
     for (const WalkStep& step : StudyWalk()) {
       if (step.kind == kSectionModelInformation && study && study->Has2DPlane())
         ActivateViewNormalTo2DPlane(study);

@@ -6,18 +6,7 @@
 #include "model/Sections.h"
 
 // ---- model side
-void CZPNewReportSectionConnectors::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*imageFolder*/,
-                                                           zphStudy* /*study*/) {}
 void CZPNewReportSectionUser::UpdateDetailsInWordDoc(SelectionPtr /*selection*/) {}
-
-// ---- results side
-void CZPNewReportSection::UpdateContactsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,
-                                                  zphStudy* /*study*/) {}
-void CZPNewReportSection::UpdateSensorsDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/) {}
-void CZPNewReportSectionBeams::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, zphStudy* /*study*/) {}
-void CZPNewReportSectionStudyResults::WritePressureVesselLinearizationData(SelectionPtr /*selection*/,
-                                                                           const CString& /*scratchFolder*/,
-                                                                           zphStudy* /*study*/) {}
 
 // ---- drivers of other kinds of report
 // The design-study driver: until it lands, a design study's report is not generated.

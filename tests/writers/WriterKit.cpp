@@ -223,6 +223,7 @@ std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> fixtureStudy, con
       description->m_description = study->Data().description;
     if (auto* results = dynamic_cast<CZPNewReportSectionStudyResults*>(section); results && setup.resultOption >= 0)
       results->m_resultOption = setup.resultOption;
+    if (setup.configure) setup.configure(*section);
   }
 
   COVReportManager manager;

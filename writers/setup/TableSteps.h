@@ -48,33 +48,23 @@ inline void Black(const SelectionPtr& selection) {
   Word::Checked(selection->GetFont())->PutColor(Word::wdColorBlack);
 }
 
-// Makes `count` copies of the row holding `rowTag`, each followed by a copy of the row holding
-// `followerTag` with its cells merged into one and its shading kept: the two-row blocks of a
-// table. The template's follower row itself goes. Markers "<stemN/>" tell the copies apart
-// while the followers are pasted in.
-inline void CloneRowPairs(const SelectionPtr& selection, const CString& rowTag, const CString& followerTag,
-                          const char16_t* markerStem, int count) {
-  auto marker = [&](int number) { return CString::Formatted(u"<%s%d/>", markerStem, number); };
-  if (FindTag(selection, rowTag, 0)) {
-    selection->SelectRow();
-    selection->Copy();
-    for (int i = 1; i <= count - 1; ++i) {
-      if (i == 1) selection->InsertRowsBelow();
-      TypeMarker(selection, marker(i));
-      selection->InsertRowsBelow();
-      selection->Paste();
-    }
-    TypeMarker(selection, marker(count));
-  }
+// The marker "<stemN/>" that tells the N-th copy of a row apart while a table grows.
+inline CString RowMarker(const char16_t* markerStem, int number) {
+  return CString::Formatted(u"<%s%d/>", markerStem, number);
+}
 
-  // The follower goes to the clipboard and out of the table, then in at every marker.
+// Takes the row holding `followerTag` out of its table and puts a copy of it in at each of the
+// markers 1 to `count`, whose rows it replaces: their cells merged into one, the follower's
+// shading kept.
+inline void PasteFollowerAtMarkers(const SelectionPtr& selection, const CString& followerTag,
+                                   const char16_t* markerStem, int count, int forward = 0) {
   if (!FindTag(selection, followerTag, 0)) return;
   const std::int32_t colour = Word::Checked(selection->GetShading())->GetForegroundPatternColor();
   selection->SelectRow();
   selection->Copy();
   DeleteRow(selection);
   for (int i = 1; i <= count; ++i) {
-    if (!FindTag(selection, marker(i), 0)) continue;
+    if (!FindTag(selection, RowMarker(markerStem, i), forward)) continue;
     selection->Delete();
     selection->SelectRow();
     Word::Checked(selection->GetCells())->Merge();
@@ -82,6 +72,26 @@ inline void CloneRowPairs(const SelectionPtr& selection, const CString& rowTag, 
     selection->Paste();
     DeleteRow(selection);
   }
+}
+
+// Makes `count` copies of the row holding `rowTag`, each followed by a copy of the row holding
+// `followerTag` with its cells merged into one and its shading kept: the two-row blocks of a
+// table. The template's follower row itself goes. Markers "<stemN/>" tell the copies apart
+// while the followers are pasted in.
+inline void CloneRowPairs(const SelectionPtr& selection, const CString& rowTag, const CString& followerTag,
+                          const char16_t* markerStem, int count) {
+  if (FindTag(selection, rowTag, 0)) {
+    selection->SelectRow();
+    selection->Copy();
+    for (int i = 1; i <= count - 1; ++i) {
+      if (i == 1) selection->InsertRowsBelow();
+      TypeMarker(selection, RowMarker(markerStem, i));
+      selection->InsertRowsBelow();
+      selection->Paste();
+    }
+    TypeMarker(selection, RowMarker(markerStem, count));
+  }
+  PasteFollowerAtMarkers(selection, followerTag, markerStem, count);
 }
 
 // Finds `tag` and types `text` over it; false when the tag isn't there.
@@ -104,6 +114,8 @@ class ListWalk {
 public:
   explicit ListWalk(const CStringList& list) : m_list(list), m_pos(list.GetHeadPosition()) {}
   const CString& Next() { return m_list.GetNext(m_pos); }
+  // The next string, or an empty one once the list has run out.
+  CString NextOrEmpty() { return AtEnd() ? CString() : Next(); }
   bool AtEnd() const { return m_pos == nullptr; }
 
 private:
