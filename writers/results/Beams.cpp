@@ -78,18 +78,6 @@ void DropBlockTable(const SelectionPtr& selection, const Block& block) {
   if (FindTag(selection, block.nameTag, 0)) DropTable(selection);
 }
 
-void WriteCell(const Word::Ptr<Word::Table>& table, int row, int column, const CString& text) {
-  Word::Checked(Word::Checked(table->Cell(row, column))->GetRange())->InsertAfter(text);
-}
-
-Word::Ptr<Word::Table> TableAt(const SelectionPtr& selection) {
-  return Word::Checked(Word::Checked(selection->GetTables())->Item(1));
-}
-
-void FitTable(const Word::Ptr<Word::Table>& table) {
-  table->AutoFitBehavior(Word::wdAutoFitContent);
-  table->AutoFitBehavior(Word::wdAutoFitWindow);
-}
 }  // namespace
 
 void CZPNewReportSectionBeams::UpdateDetailsInWordDoc(SelectionPtr selection, zphStudy* study) {

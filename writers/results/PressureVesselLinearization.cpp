@@ -20,13 +20,6 @@ constexpr int kGridRows = 7;
 constexpr int kGridColumns = 8;
 constexpr int kCurves = 8;
 
-Word::Ptr<Word::Table> TableAt(const SelectionPtr& selection) {
-  return Word::Checked(Word::Checked(selection->GetTables())->Item(1));
-}
-
-void WriteCell(const Word::Ptr<Word::Table>& table, int row, int column, const CString& text) {
-  Word::Checked(Word::Checked(table->Cell(row, column))->GetRange())->InsertAfter(text);
-}
 
 // Fills the next copy of the table; a plot the host gives nothing for loses its copy.
 void WritePlot(const SelectionPtr& selection, zphStudy* study, CzpPostDlgParam* plot, const CString& scratchFolder) {

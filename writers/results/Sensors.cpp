@@ -71,8 +71,7 @@ void WritePoints(const SelectionPtr& selection, int points, ListWalk& locations,
       TypeString(selection, components.Next());
     }
   }
-  Word::Checked(Word::Checked(selection->GetTables())->Item(1))->AutoFitBehavior(Word::wdAutoFitContent);
-  Word::Checked(Word::Checked(selection->GetTables())->Item(1))->AutoFitBehavior(Word::wdAutoFitWindow);
+  FitTable(TableAt(selection));
 }
 
 void WriteWfsSensors(const SelectionPtr& selection, const WfsSensors& wfs) {
@@ -100,7 +99,7 @@ void WriteWfsSensors(const SelectionPtr& selection, const WfsSensors& wfs) {
   Fill(selection, u"<L_sSYZ/>", u"Shear YZ");
 
   if (wfs.count > 1 && FindTag(selection, kWfsNameTag, 0)) {
-    Word::Checked(Word::Checked(selection->GetTables())->Item(1))->Select();
+    TableAt(selection)->Select();
     selection->Cut();
     selection->TypeBackspace();
     for (int copy = 0; copy < wfs.count; ++copy) {

@@ -43,6 +43,22 @@ inline void RepeatTable(const SelectionPtr& selection, int copies) {
   }
 }
 
+// The innermost table that holds the selection.
+inline Word::Ptr<Word::Table> TableAt(const SelectionPtr& selection) {
+  return Word::Checked(Word::Checked(selection->GetTables())->Item(1));
+}
+
+// Appends `text` to the cell at `row`, `column` without moving the selection.
+inline void WriteCell(const Word::Ptr<Word::Table>& table, int row, int column, const CString& text) {
+  Word::Checked(Word::Checked(table->Cell(row, column))->GetRange())->InsertAfter(text);
+}
+
+// Fits a filled table to its content, then spreads it over the page's width.
+inline void FitTable(const Word::Ptr<Word::Table>& table) {
+  table->AutoFitBehavior(Word::wdAutoFitContent);
+  table->AutoFitBehavior(Word::wdAutoFitWindow);
+}
+
 // Black text from here on.
 inline void Black(const SelectionPtr& selection) {
   Word::Checked(selection->GetFont())->PutColor(Word::wdColorBlack);
