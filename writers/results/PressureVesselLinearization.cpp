@@ -23,7 +23,7 @@ constexpr int kCurves = 8;
 
 // Fills the next copy of the table; a plot the host gives nothing for loses its copy.
 void WritePlot(const SelectionPtr& selection, zphStudy* study, CzpPostDlgParam* plot, const CString& scratchFolder) {
-  if (!FindTag(selection, u"<PVL_PlotName/>", 1)) return;
+  if (!plot || !FindTag(selection, u"<PVL_PlotName/>", 1)) return;
   CStringList values(10);
   CStringList summary(10);
   CStringList curves(10);
