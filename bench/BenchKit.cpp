@@ -17,6 +17,16 @@
 
 namespace zpbench {
 
+StudyData BaseStudy(const CString& picture) {
+  StudyData d;
+  d.modelName = u"Large";
+  d.configuration = u"Default";
+  d.modelPicture = picture;
+  d.studyName = u"Static 1";
+  d.studyTypeText = u"Static";
+  return d;
+}
+
 std::string WriteDocument(const std::string& name, const std::string& documentXml) {
   const std::string path = "/tmp/zp_bench_" + name + "_" + std::to_string(::getpid()) + ".docx";
   int err = 0;

@@ -28,6 +28,9 @@ struct OpenDocument {
   Word::Ptr<Word::Selection> sel;
 };
 
+// A study with nothing but its model, its name and type (static) and `picture` as the model's.
+StudyData BaseStudy(const CString& picture);
+
 // Runs the study driver on `data` once per iteration of `state`, with only the section of kind
 // `kind` and the description included; `tweak` may set each section first. Counts `items` per
 // run (and their time per item as a counter) when there are any. Throws when a run fails.

@@ -27,12 +27,7 @@ const CString kCurve = FromUtf8(std::string(ZP_SOURCE_DIR) + "/examples/bracket/
 CString Text(const char* stem, int n) { return FromUtf8(std::string(stem) + "-" + std::to_string(n)); }
 
 StudyData LoadsStudy(int loads) {
-  StudyData d;
-  d.modelName = u"Large";
-  d.configuration = u"Default";
-  d.modelPicture = kPicture;
-  d.studyName = u"Static 1";
-  d.studyTypeText = u"Static";
+  StudyData d = zpbench::BaseStudy(kPicture);
   for (int n = 1; n <= loads; ++n) {
     FixtureLBCItem load;
     load.name = Text("Force", n);

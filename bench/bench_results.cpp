@@ -25,19 +25,9 @@ const CString kPicture = FromUtf8(std::string(ZP_SOURCE_DIR) + "/examples/bracke
 
 CString Text(const char* stem, int n) { return FromUtf8(std::string(stem) + std::to_string(n)); }
 
-StudyData BaseStudy() {
-  StudyData d;
-  d.modelName = u"Large";
-  d.configuration = u"Default";
-  d.modelPicture = kPicture;
-  d.studyName = u"Static 1";
-  d.studyTypeText = u"Static";
-  return d;
-}
-
 // `plots` result plots with a picture each; every fourth has no range.
 StudyData PlotStudy(int plots) {
-  StudyData d = BaseStudy();
+  StudyData d = zpbench::BaseStudy(kPicture);
   for (int n = 1; n <= plots; ++n) {
     FixturePlot plot;
     plot.name = Text("Stress", n);
@@ -53,7 +43,7 @@ StudyData PlotStudy(int plots) {
 
 // `controls` mesh controls with a picture and four lines of details each, and two quality plots.
 StudyData MeshStudy(int controls) {
-  StudyData d = BaseStudy();
+  StudyData d = zpbench::BaseStudy(kPicture);
   d.mesh.settings = {{u"Mesh type", u"Solid Mesh"}, {u"Element size", u"2.1 mm"}};
   d.mesh.details = {{u"Total nodes", u"28,413"}, {u"Total elements", u"17,096"}};
   d.mesh.picture = kPicture;

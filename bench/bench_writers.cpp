@@ -37,12 +37,7 @@ FixtureBodyKind Bodies(const char* stem, int count) {
 // the same shares of fewer); and `materials` materials with 10 properties, 10 bodies and 2
 // curves each.
 StudyData LargeStudy(int bodies, int materials) {
-  StudyData d;
-  d.modelName = u"Large";
-  d.configuration = u"Default";
-  d.modelPicture = kPicture;
-  d.studyName = u"Static 1";
-  d.studyTypeText = u"Static";
+  StudyData d = zpbench::BaseStudy(kPicture);
   const int composites = bodies * 50 / 2000;
   d.solids = Bodies("Solid", bodies * 1200 / 2000);
   d.shells = Bodies("Shell", bodies * 400 / 2000);

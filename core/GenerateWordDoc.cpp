@@ -149,6 +149,16 @@ int CZPReport::GenerateWordDoc(zphStudy* study, COVReportManager* manager) {
   const ScratchFolder scratch(m_headerInfo->m_reportFolder);
   const CString& scratchFolder = scratch.Path();
 
+  // The beams writer stops between beams when the user cancels.
+  auto* beams = dynamic_cast<CZPNewReportSectionBeams*>(m_format->GetSection(kSectionBeams));
+  if (beams) beams->m_cancel.Watch(&m_cancelRequested);
+  struct Unwatch {
+    CZPNewReportSectionBeams* section;
+    ~Unwatch() {
+      if (section) section->m_cancel.Watch(nullptr);
+    }
+  } unwatch{beams};
+
   const int cancelled = WriteSections(box, StudyWalk(), manager, scratchFolder, study, [&] {
     CString studyTypeText;
     CString modelName;

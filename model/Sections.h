@@ -5,6 +5,7 @@
 // Writers. A section's writer is a member of its class: the operations named Update...InWordDoc
 // and the like below are declared here and defined with the writers (writers/, design/,
 // core/). The model itself never calls them.
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -220,6 +221,22 @@ public:
   int m_beamForcesChoice = 0;  // 0 to 3; 3 is the output along the whole length
   int m_beamStresses = 1;
   int m_beamStressesChoice = 0;
+
+  // The run's cancel flag, which the writer reads between blocks and between beams. The
+  // driver points it at its own flag for the length of a run; a copy of the section starts
+  // without one.
+  class CancelWatch {
+  public:
+    CancelWatch() = default;
+    CancelWatch(const CancelWatch&) {}
+    CancelWatch& operator=(const CancelWatch&) { return *this; }
+    void Watch(const std::atomic<int>* flag) { m_flag = flag; }
+    bool Cancelled() const { return m_flag && m_flag->load() != 0; }
+
+  private:
+    const std::atomic<int>* m_flag = nullptr;
+  };
+  CancelWatch m_cancel;
 };
 
 // Kind 14.

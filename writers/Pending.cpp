@@ -5,19 +5,6 @@
 #include "core/ReportManager.h"
 #include "model/Sections.h"
 
-// ---- model side
-void CZPNewReportSectionConnectors::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*imageFolder*/,
-                                                           zphStudy* /*study*/) {}
-
-// ---- results side
-void CZPNewReportSection::UpdateContactsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/,
-                                                  zphStudy* /*study*/) {}
-void CZPNewReportSection::UpdateSensorsDetailsInWordDoc(SelectionPtr /*selection*/, const CString& /*scratchFolder*/) {}
-void CZPNewReportSectionBeams::UpdateDetailsInWordDoc(SelectionPtr /*selection*/, zphStudy* /*study*/) {}
-void CZPNewReportSectionStudyResults::WritePressureVesselLinearizationData(SelectionPtr /*selection*/,
-                                                                           const CString& /*scratchFolder*/,
-                                                                           zphStudy* /*study*/) {}
-
 // ---- drivers of other kinds of report
 // The quick study's report: until it lands, the wizard's command does nothing.
 void CZPReportManager::CreateBreviaStudyReport() {}

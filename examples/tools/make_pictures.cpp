@@ -891,12 +891,129 @@ bool BracketResultPictures(const std::string& out) {
   return ok;
 }
 
+// ---- the bracket's connectors, contacts, sensor and beam
+
+// The pictures of the bracket's connectors, contact sets and sensor.
+bool BracketConnectorPictures(const std::function<std::string(const char*)>& at) {
+  const Rgb weld{0.85, 0.35, 0.1}, pin{0.2, 0.45, 0.85}, contact{0.1, 0.6, 0.55}, sensor{0.8, 0.15, 0.45};
+  bool ok = true;
+  // Edge welds: the upright's foot on the base plate, the gusset's edges.
+  ok &= BoundaryView(at("weld-upright.jpg"), 240, 180,
+                     [](Vec p, int body) { return (body == Upright && p.z < 12) || (body == BasePlate && p.x < 11 && p.z > 6); },
+                     weld, {});
+  ok &= BoundaryView(at("weld-gusset.jpg"), 240, 180,
+                     [](Vec p, int body) { return body == Gusset && (p.x < 11 || p.z < 11); }, weld, {});
+  ok &= FunctionCurve(at("weld-size-upright.png"), "Edge Weld-1 - Weld size", "Length (mm)", "Size (mm)", 60, 6,
+                      Sampled(60, 30, [](double x) { return 3.2 + 1.1 * std::exp(-std::pow(x - 30, 2) / 120); }), weld);
+  ok &= FunctionCurve(at("weld-size-gusset.png"), "Edge Weld-2 - Weld size", "Length (mm)", "Size (mm)", 50, 6,
+                      Sampled(50, 25, [](double x) { return 2.6 + 0.02 * x; }), weld);
+  // Pins at both ends of the tie rod, and a bolt through the base plate.
+  ok &= BoundaryView(at("pin-tie-rod.jpg"), 240, 180,
+                     [](Vec p, int body) { return body == TieRod && (p.x < 16 || p.x > 88); }, pin,
+                     {{{10, 6, 75}, {10, 6, 64}}, {{94, 6, 23}, {94, 6, 12}}});
+  ok &= BoundaryView(at("bolt-base.jpg"), 240, 180, [](Vec, int body) { return body == BodyCount; }, pin, {}, true);
+  ok &= FunctionCurve(at("pin-strength.png"), "Tie Rod Pins - Pin strength", "Load step", "Factor of safety", 1.0, 4,
+                      Sampled(1.0, 20, [](double t) { return 3.8 - 1.6 * t; }), pin);
+  ok &= BoundaryView(at("spring-tie-rod.jpg"), 240, 180, [](Vec, int body) { return body == TieRod; }, pin, {});
+  // Contact sets, their pressure, and the sensor at the upright's root.
+  ok &= BoundaryView(at("contact-gusset.jpg"), 240, 180, [](Vec, int body) { return body == Gusset; }, contact, {});
+  ok &= BoundaryView(at("contact-cap.jpg"), 240, 180,
+                     [](Vec p, int body) { return body == CapSheet || (body == Upright && p.z > 66); }, contact, {});
+  Scene pressure;
+  pressure.model = Bracket();
+  pressure.yaw = -1.05;
+  pressure.pitch = 0.5;
+  pressure.legendTitle = "CPRESS";
+  pressure.legendUnit = "(MPa)";
+  pressure.lo = 0;
+  pressure.hi = 38;
+  pressure.caption = "Static 1 - Contact pressure";
+  pressure.paint = [](Vec p, int body) {
+    if (body != Gusset && body != Upright) return kGhost;
+    return Banded(38 * std::exp(-(std::pow(p.x - 9, 2) + std::pow(p.z - 10, 2)) / 500), 0, 38);
+  };
+  ok &= Draw(at("contact-pressure.jpg"), 480, 320, pressure);
+  ok &= BoundaryView(at("sensor-root.jpg"), 240, 180,
+                     [](Vec p, int body) { return body == Upright && p.z < 16 && p.y > 24 && p.y < 36; }, sensor,
+                     {{{-20, 30, 30}, {0, 30, 12}}});
+  return ok;
+}
+
+// ---- the pressure vessel of the linearization study
+
+enum VesselBody { Shell, HeadLeft, HeadRight, Nozzle, Saddle };
+
+std::vector<Triangle> Vessel() {
+  std::vector<Triangle> t;
+  Cylinder(t, {0, 0, 40}, {160, 0, 40}, 32, Shell);
+  Cylinder(t, {-10, 0, 40}, {0, 0, 40}, 28, HeadLeft);
+  Cylinder(t, {160, 0, 40}, {170, 0, 40}, 28, HeadRight);
+  Cylinder(t, {80, 0, 60}, {80, 0, 92}, 9, Nozzle);
+  Box(t, {25, -26, 0}, {40, 26, 14}, Saddle);
+  Box(t, {120, -26, 0}, {135, 26, 14}, Saddle);
+  return t;
+}
+
+// Membrane plus bending stress of the vessel, highest where the nozzle meets the shell.
+double VesselStress(Vec p, int body) {
+  if (body == Saddle) return 8;
+  double nozzle = std::exp(-(std::pow(p.x - 80, 2) + std::pow(p.y, 2)) / 260);
+  return 62 + 95 * nozzle + (body == Nozzle ? 20 : 0);
+}
+
+bool VesselPictures(const std::string& out) {
+  auto at = [&](const char* name) { return out + "/" + name; };
+  const Rgb vesselSteel{0.6, 0.64, 0.7};
+  Scene model;
+  model.model = Vessel();
+  model.paint = [&](Vec, int body) { return body == Saddle ? Rgb{0.45, 0.47, 0.5} : vesselSteel; };
+  bool ok = Draw(at("model.jpg"), 480, 360, model);
+  Scene stress = model;
+  stress.legendTitle = "SINT";
+  stress.legendUnit = "(MPa)";
+  stress.lo = 0;
+  stress.hi = 180;
+  stress.decimals = 0;
+  stress.caption = "Design 1 - Stress intensity";
+  stress.paint = [](Vec p, int body) { return Banded(VesselStress(p, body), 0, 180); };
+  ok &= Draw(at("result-stress.jpg"), 480, 320, stress);
+  // The linearization lines: through the shell at the nozzle, and away from it.
+  for (const auto& [file, x] : {std::pair{"line-nozzle.jpg", 80.0}, {"line-shell.jpg", 140.0}}) {
+    Scene line = stress;
+    line.caption = std::string("Linearization line at x = ") + std::to_string(static_cast<int>(x)) + " mm";
+    line.paint = [x = x](Vec p, int body) {
+      if (body != Saddle && std::abs(p.x - x - 11) < 1.6 && p.z > 40) return Rgb{0.05, 0.05, 0.05};
+      return Banded(VesselStress(p, body), 0, 180);
+    };
+    ok &= Draw(at(file), 480, 320, line);
+  }
+  // Stress through the wall, from the inside to the outside, for each line.
+  const Rgb colours[4] = {{0.8, 0.15, 0.1}, {0.1, 0.3, 0.8}, {0.1, 0.55, 0.2}, {0.55, 0.2, 0.75}};
+  const char* kinds[4] = {"Membrane", "Bending", "Membrane + Bending", "Total"};
+  for (int line = 0; line < 2; ++line) {
+    const double peak = line == 0 ? 150 : 70;
+    for (int k = 0; k < 4; ++k) {
+      const std::string file = std::string(line == 0 ? "curve-nozzle-" : "curve-shell-") + std::to_string(k + 1) + ".png";
+      const std::string title = std::string(line == 0 ? "Nozzle" : "Shell") + " - " + kinds[k];
+      ok &= FunctionCurve(at(file.c_str()), title, "Through thickness (mm)", "Stress (MPa)", 12, 200,
+                          Sampled(12, 24, [&](double s) {
+                            const double membrane = peak * 0.55, bending = peak * 0.35 * (1 - s / 6);
+                            return k == 0 ? membrane : k == 1 ? std::abs(bending) : k == 2 ? membrane + bending
+                                                                                : membrane + bending + 8 * std::exp(-s * 2);
+                          }),
+                          colours[k]);
+    }
+  }
+  return ok;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2 && argc != 4) {
+  if (argc != 2 && argc != 5) {
     std::fprintf(stderr,
-                 "usage: make_pictures <bracket pictures folder> [<fatigue pictures folder> <frequency pictures folder>]\n");
+                 "usage: make_pictures <bracket pictures folder> [<fatigue pictures folder> <frequency pictures folder> "
+                 "<vessel pictures folder>]\n");
     return 2;
   }
   std::string out = argv[1];
@@ -922,12 +1039,18 @@ int main(int argc, char** argv) {
   ok &= FixturesAndLoads(at);
   // The bracket's mesh and results.
   ok &= BracketResultPictures(out);
-  if (argc == 4) {
+  ok &= BracketConnectorPictures(at);
+  if (argc == 5) {
     // The fatigue study of examples/fatigue and the frequency study of examples/frequency.
     const std::string fatigue = argv[2];
     ok &= FatigueStudy([&](const char* name) { return fatigue + "/" + name; });
     if (!FrequencyPictures(argv[3])) {
       std::fprintf(stderr, "make_pictures: a picture could not be written to %s\n", argv[3]);
+      return 1;
+    }
+    // The pressure vessel of examples/vessel.
+    if (!VesselPictures(argv[4])) {
+      std::fprintf(stderr, "make_pictures: a picture could not be written to %s\n", argv[4]);
       return 1;
     }
   }

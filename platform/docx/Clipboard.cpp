@@ -181,8 +181,10 @@ bool BlocksOf(Story& s, int start, int end, pugi::xml_node* A, pugi::xml_node* B
   int off = 0;
   Item* ia = s.ItemAt(start, &off);
   Item* ib = s.ItemAt(end - 1, &off);
-  *A = la.empty() ? ia->node : la.back().tbl;
-  *B = lb.empty() ? ib->node : lb.back().tbl;
+  // Text within one cell is that cell's paragraphs, not the tables around it.
+  const bool oneCell = !la.empty() && !lb.empty() && la.front().tc && la.front().tc == lb.front().tc;
+  *A = la.empty() || oneCell ? ia->node : la.back().tbl;
+  *B = lb.empty() || oneCell ? ib->node : lb.back().tbl;
   // Climb out of content controls to a common container.
   while (A->parent() != B->parent()) {
     if (Is(A->parent(), "w:sdtContent")) *A = A->parent().parent();

@@ -960,7 +960,12 @@ int SelectionImpl::MoveHorizontal(const Variant& unit, const Variant& count, con
     int pos;
     if (!sel.Collapsed()) {
       pos = right ? sel.end : sel.start;
-      if (d.Options().collapseCountsAsMove && n > 0) moved = 1;
+      if (d.Options().collapseCountsAsMove && n > 0) {
+        moved = 1;
+        // Whole rows hold their last end-of-row mark: collapsing them leftwards passes that
+        // mark too, a unit of its own, and still ends at the start of the first row.
+        if (!right && sel.end > 0 && IsRowEndPos(s, sel.end - 1)) moved = std::min(n, 2);
+      }
     } else {
       pos = sel.start;
     }

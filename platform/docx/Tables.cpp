@@ -197,6 +197,18 @@ std::vector<pugi::xml_node> CellsInGrid(pugi::xml_node first, pugi::xml_node las
   return out;
 }
 
+// Whether row `b` stands before row `a` of the same table. The walk goes out from `a` both ways
+// and stops at `b`: neighbouring rows cost a step or two however long the table is.
+bool RowStandsBefore(pugi::xml_node b, pugi::xml_node a) {
+  for (auto up = PrevRow(a), down = NextRow(a); up || down;) {
+    if (up == b) return true;
+    if (down == b) return false;
+    if (up) up = PrevRow(up);
+    if (down) down = NextRow(down);
+  }
+  return false;
+}
+
 class CellImpl : public Word::Cell {
  public:
   CellImpl(DocPtr doc, Story* s, pugi::xml_node tc) : m_doc(std::move(doc)), m_s(s), m_tc(tc) {}
@@ -223,7 +235,7 @@ class CellImpl : public Word::Cell {
     other->Check();
     if (TableOfRow(other->Row()) != TableOfRow(Row())) throw ComError(WordError(Word::wdErrNotAvailable), "cells of different tables");
     auto r1 = Row(), r2 = other->Row();
-    if (RowIndexOf(r2) < RowIndexOf(r1)) std::swap(r1, r2);
+    if (RowStandsBefore(r2, r1)) std::swap(r1, r2);
     int a = GridColOfCell(m_tc), b = GridColOfCell(other->m_tc);
     int g1 = std::min(a, b), g2 = std::max(a + GridSpan(m_tc), b + GridSpan(other->m_tc)) - 1;
     // An object's merge leaves the selection where it was in the text.

@@ -113,10 +113,11 @@ TEST(LoadsStudyTest, TheSampleIsHandedOutInTheShapesOfTheReportsLists) {
                        "Multiple Curves", "3",
                        "curve-remote-x.png", "X component", "curve-remote-y.png", "Y component",
                        "curve-remote-z.png", "Z component"}));
-  // Connectors are not described by the fixture.
-  CStringList none(10);
-  study->GetLBCDetails(none, none, none, none, u"/tmp", 3, 1);
-  EXPECT_TRUE(none.IsEmpty());
+  // Pins: a name per connector, a group's members as "group ? member"; details once a block.
+  CStringList pinNames(10), pinDetails(10), pinImages(10), pinCurves(10);
+  study->GetLBCDetails(pinNames, pinDetails, pinImages, pinCurves, u"/tmp", 3, 1);
+  EXPECT_EQ(Strings(pinNames), (std::vector<std::string>{"Tie Rod Pins ? Upper end", "Tie Rod Pins ? Lower end", "Base Bolt-1"}));
+  EXPECT_EQ(pinDetails.GetCount(), 2);
 
   CStringList forces(10), moments(10);
   EXPECT_EQ(study->GetReactionForcesOfRestraint(u"Virtual Wall-1", forces, moments), 1);

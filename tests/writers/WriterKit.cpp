@@ -232,6 +232,7 @@ std::unique_ptr<Report> Generate(std::unique_ptr<FixtureStudy> fixtureStudy, con
       user->m_linkToFile = given.link ? 1 : 0;
       user->m_displayAsIcon = given.icon ? 1 : 0;
     }
+    if (setup.configure) setup.configure(*section);
   }
 
   COVReportManager manager;

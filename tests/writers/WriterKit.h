@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
 
+#include "model/Sections.h"
 #include "platform/host/fixture/FixtureStudy.h"
 #include "platform/word/Word.h"
 #include "tests/support/DocxTestKit.h"
@@ -45,6 +46,7 @@ struct ReportSetup {
   int wizardState = -1;                   // -1: the study file's
   std::multimap<std::string, int> alsoIn; // image name -> a further section the report shows it in
   int resultOption = -1;                  // m_resultOption of the study results; -1: the format's
+  std::function<void(CZPNewReportSection&)> configure;  // sets a section's options, when given
 };
 
 // The finished document, read back.

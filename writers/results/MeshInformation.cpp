@@ -132,12 +132,8 @@ void WriteQualityPlots(const SelectionPtr& selection, const CString& scratchFold
     selection->TypeBackspace();
     return;
   }
-  if (plots > 1) {
-    // The template table goes to the clipboard and comes back once per plot, each copy behind
-    // a paragraph of its own.
-    selection->SelectCell();
-    CloneTable(selection, plots);
-  }
+  // The template table comes back once per plot.
+  RepeatTable(selection, plots);
 
   // Each pass takes the first copy still holding its tags.
   ListWalk detail(details);

@@ -160,12 +160,8 @@ void WriteBlockLayout(const SelectionPtr& selection, const CString& scratchFolde
     selection->TypeBackspace();
     return;
   }
-  if (plots > 1) {
-    // The template table goes to the clipboard and comes back once per plot, each copy behind
-    // a paragraph of its own.
-    selection->SelectCell();
-    CloneTable(selection, plots);
-  }
+  // The template table comes back once per plot.
+  RepeatTable(selection, plots);
 
   // Each pass takes the first copy still holding its tags, searched from the section's heading.
   ListWalk detail(details);

@@ -41,6 +41,13 @@ inline void CloneTable(const SelectionPtr& selection, int copies) {
   }
 }
 
+// As CloneTable, from anywhere in a cell of the table; one copy leaves the table as it is.
+inline void RepeatTable(const SelectionPtr& selection, int copies) {
+  if (copies <= 1) return;
+  selection->SelectCell();
+  CloneTable(selection, copies);
+}
+
 // The row that holds the selection is copied `copies` - 1 times below itself, so that the table
 // has `copies` rows of that shape there.
 inline void CloneRow(const SelectionPtr& selection, int copies) {
@@ -51,9 +58,51 @@ inline void CloneRow(const SelectionPtr& selection, int copies) {
   DeleteRow(selection);  // the blank row behind the last copy
 }
 
+// The innermost table that holds the selection.
+inline Word::Ptr<Word::Table> TableAt(const SelectionPtr& selection) {
+  return Word::Checked(Word::Checked(selection->GetTables())->Item(1));
+}
+
+// Appends `text` to the cell at `row`, `column` without moving the selection.
+inline void WriteCell(const Word::Ptr<Word::Table>& table, int row, int column, const CString& text) {
+  Word::Checked(Word::Checked(table->Cell(row, column))->GetRange())->InsertAfter(text);
+}
+
+// Fits a filled table to its content, then spreads it over the page's width.
+inline void FitTable(const Word::Ptr<Word::Table>& table) {
+  table->AutoFitBehavior(Word::wdAutoFitContent);
+  table->AutoFitBehavior(Word::wdAutoFitWindow);
+}
+
 // Black text from here on.
 inline void Black(const SelectionPtr& selection) {
   Word::Checked(selection->GetFont())->PutColor(Word::wdColorBlack);
+}
+
+// The marker "<stemN/>" that tells the N-th copy of a row apart while a table grows.
+inline CString RowMarker(const char16_t* markerStem, int number) {
+  return CString::Formatted(u"<%s%d/>", markerStem, number);
+}
+
+// Takes the row holding `followerTag` out of its table and puts a copy of it in at each of the
+// markers 1 to `count`, whose rows it replaces: their cells merged into one, the follower's
+// shading kept.
+inline void PasteFollowerAtMarkers(const SelectionPtr& selection, const CString& followerTag,
+                                   const char16_t* markerStem, int count, int forward = 0) {
+  if (!FindTag(selection, followerTag, 0)) return;
+  const std::int32_t colour = Word::Checked(selection->GetShading())->GetForegroundPatternColor();
+  selection->SelectRow();
+  selection->Copy();
+  DeleteRow(selection);
+  for (int i = 1; i <= count; ++i) {
+    if (!FindTag(selection, RowMarker(markerStem, i), forward)) continue;
+    selection->Delete();
+    selection->SelectRow();
+    Word::Checked(selection->GetCells())->Merge();
+    Word::Checked(selection->GetShading())->PutForegroundPatternColor(colour);
+    selection->Paste();
+    DeleteRow(selection);
+  }
 }
 
 // Makes `count` copies of the row holding `rowTag`, each followed by a copy of the row holding
@@ -62,34 +111,18 @@ inline void Black(const SelectionPtr& selection) {
 // while the followers are pasted in.
 inline void CloneRowPairs(const SelectionPtr& selection, const CString& rowTag, const CString& followerTag,
                           const char16_t* markerStem, int count) {
-  auto marker = [&](int number) { return CString::Formatted(u"<%s%d/>", markerStem, number); };
   if (FindTag(selection, rowTag, 0)) {
     selection->SelectRow();
     selection->Copy();
     for (int i = 1; i <= count - 1; ++i) {
       if (i == 1) selection->InsertRowsBelow();
-      TypeMarker(selection, marker(i));
+      TypeMarker(selection, RowMarker(markerStem, i));
       selection->InsertRowsBelow();
       selection->Paste();
     }
-    TypeMarker(selection, marker(count));
+    TypeMarker(selection, RowMarker(markerStem, count));
   }
-
-  // The follower goes to the clipboard and out of the table, then in at every marker.
-  if (!FindTag(selection, followerTag, 0)) return;
-  const std::int32_t colour = Word::Checked(selection->GetShading())->GetForegroundPatternColor();
-  selection->SelectRow();
-  selection->Copy();
-  DeleteRow(selection);
-  for (int i = 1; i <= count; ++i) {
-    if (!FindTag(selection, marker(i), 0)) continue;
-    selection->Delete();
-    selection->SelectRow();
-    Word::Checked(selection->GetCells())->Merge();
-    Word::Checked(selection->GetShading())->PutForegroundPatternColor(colour);
-    selection->Paste();
-    DeleteRow(selection);
-  }
+  PasteFollowerAtMarkers(selection, followerTag, markerStem, count);
 }
 
 // Finds `tag` and types `text` over it; false when the tag isn't there.
@@ -112,6 +145,8 @@ class ListWalk {
 public:
   explicit ListWalk(const CStringList& list) : m_list(list), m_pos(list.GetHeadPosition()) {}
   const CString& Next() { return m_list.GetNext(m_pos); }
+  // The next string, or an empty one once the list has run out.
+  CString NextOrEmpty() { return AtEnd() ? CString() : Next(); }
   bool AtEnd() const { return m_pos == nullptr; }
 
 private:
