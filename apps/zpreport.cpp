@@ -18,6 +18,7 @@
 
 #include "apps/StudyArchive.h"
 #include "apps/TerminalProgress.h"
+#include "apps/WebFrontEnd.h"
 #include "core/Exports.h"
 #include "core/framework/COVReportManager.h"
 #include "model/framework/COVReportOptions.h"
@@ -60,6 +61,9 @@ struct Library {
   ZpSetDialogAnswersFn setDialogAnswers = nullptr;
   ZpGetDialogErrorsFn dialogErrors = nullptr;
   ZpRunPreferencePageFn runPreferencePage = nullptr;
+  ZpNewInteractiveDialogsFn newInteractive = nullptr;
+  ZpSetInteractiveDialogsFn setInteractive = nullptr;
+  ZpRunPreferencePageInteractiveFn runPreferencePageInteractive = nullptr;
 };
 
 bool LoadLibrary(const fs::path& path, Library& lib) {
@@ -77,6 +81,10 @@ bool LoadLibrary(const fs::path& path, Library& lib) {
   lib.setDialogAnswers = reinterpret_cast<ZpSetDialogAnswersFn>(dlsym(lib.handle, "ZpSetDialogAnswers"));
   lib.dialogErrors = reinterpret_cast<ZpGetDialogErrorsFn>(dlsym(lib.handle, "ZpGetDialogErrors"));
   lib.runPreferencePage = reinterpret_cast<ZpRunPreferencePageFn>(dlsym(lib.handle, "ZpRunPreferencePage"));
+  lib.newInteractive = reinterpret_cast<ZpNewInteractiveDialogsFn>(dlsym(lib.handle, "ZpNewInteractiveDialogs"));
+  lib.setInteractive = reinterpret_cast<ZpSetInteractiveDialogsFn>(dlsym(lib.handle, "ZpSetInteractiveDialogs"));
+  lib.runPreferencePageInteractive =
+      reinterpret_cast<ZpRunPreferencePageInteractiveFn>(dlsym(lib.handle, "ZpRunPreferencePageInteractive"));
   if (!lib.getManager || !lib.getOptions) {
     std::cerr << "zpreport: " << path << " does not export the report factory functions\n";
     return false;
@@ -92,6 +100,7 @@ struct GenerateArgs {
   std::string templates;
   std::string strings;
   std::string answers;  // the report dialog's answers: the dialog runs instead of being skipped
+  bool interactive = false;  // the dialogs and the progress box as a page in a browser
   bool open = false;
 };
 
@@ -179,6 +188,8 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   if (!TempFolderUsable(why)) return Stop(kExitBadInput, why);
   std::string answers;
   if (!args.answers.empty() && !ReadAnswers(args.answers, answers, why)) return Stop(kExitBadInput, why);
+  if (!args.answers.empty() && args.interactive) return Stop(kExitBadInput, "--answers and --interactive exclude each other");
+  const bool dialogs = !answers.empty() || args.interactive;
   if (!args.answers.empty() && !args.name.empty())
     Warn("--name is not used with --answers: the file name is the report dialog's (control 12109)");
 
@@ -190,6 +201,10 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   if (!LoadLibrary(libraryPath, lib)) return kExitBadInput;
   if (!answers.empty() && (!lib.setDialogAnswers || !lib.dialogErrors))
     return Stop(kExitBadInput, "--answers: " + libraryPath.string() + " has no report dialog to answer");
+  if (args.interactive && (!lib.newInteractive || !lib.setInteractive))
+    return Stop(kExitBadInput, "--interactive: " + libraryPath.string() + " has no report dialog to show");
+  // The page's dialogs outlive the manager that runs them.
+  std::unique_ptr<IZpInteractiveDialogs> page(args.interactive ? lib.newInteractive() : nullptr);
 
   COVReportOptions* options = nullptr;
   const CString strings = args.strings.empty() ? CString() : CString(fs::absolute(args.strings, ec).string());
@@ -230,6 +245,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     // session's.
     const bool designStudy = host.Study()->Data().design.has_value();
     lib.getManager(designStudy ? nullptr : host.Study(), &manager);
+    if (page) lib.setInteractive(manager, page.get());
     if (!answers.empty()) {
       char error[512] = {};
       if (!lib.setDialogAnswers(manager, answers.c_str(), error, sizeof error)) {
@@ -237,6 +253,8 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
         delete options;
         return Stop(kExitBadInput, "--answers: " + args.answers + ": " + error);
       }
+    }
+    if (dialogs) {
       // The report dialog starts with the output folder, and shows the document as --open says.
       options->SetReportPublishOption(1);
       options->SetReportFolder(CString(outFolder.string()));
@@ -248,7 +266,19 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       manager->Serialize(archive);
     }
     TerminalProgress progress(g_interrupted, stderr, isatty(STDERR_FILENO) != 0, isatty(STDIN_FILENO) != 0);
-    if (lib.setFrontEnd) lib.setFrontEnd(manager, &progress);
+    std::unique_ptr<WebFrontEnd> web;
+    if (page) {
+      web = std::make_unique<WebFrontEnd>(*page, &progress, g_interrupted);
+      std::string url;
+      if (!web->Start(url, why)) {
+        delete manager;
+        delete options;
+        return Stop(kExitBadInput, "--interactive: " + why);
+      }
+      std::fprintf(stderr, "zpreport: the report dialog is at %s (open it in a browser on this machine)\n", url.c_str());
+      std::fflush(stderr);
+    }
+    if (lib.setFrontEnd) lib.setFrontEnd(manager, web ? static_cast<IRunBoxFrontEnd*>(web.get()) : &progress);
     std::signal(SIGINT, OnInterrupt);
     std::signal(SIGTERM, OnInterrupt);
 
@@ -257,7 +287,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const auto started = std::chrono::steady_clock::now();
     std::string thrown;
     try {
-      if (answers.empty()) manager->CreateReport(folder, name, args.open ? 1 : 0);
+      if (!dialogs) manager->CreateReport(folder, name, args.open ? 1 : 0);
       else manager->CreateReport();
     } catch (const std::exception& e) {
       // What a run lets pass reaches the add-in; the report stays without a document.
@@ -292,8 +322,9 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     } else if (dialogErrors > 0) {
       result = Stop(kExitBadInput, "--answers: " + args.answers + ": the report dialog could not be answered as written (" +
                                        std::to_string(dialogErrors) + " error(s) above): no report was written");
-    } else if (!answers.empty() && outcome == 0) {
-      result = Stop(kExitCancelled, "the answers closed the report dialog without generating: no report was written");
+    } else if (dialogs && outcome == 0) {
+      result = Stop(kExitCancelled, std::string(page ? "the report dialog was closed" : "the answers closed the report dialog") +
+                                        " without generating: no report was written");
     } else if (outcome == 3) {
       result = Stop(kExitCancelled, "cancelled: no report was written");
     } else {
@@ -301,6 +332,15 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       text += !thrown.empty() ? thrown : !because.empty() ? because : std::string("the run did not finish");
       if (!native.empty() && fs::exists(native, ec)) text += " (the file " + native + " that was there already was left as it was)";
       result = Stop(kExitRunFailed, text);
+    }
+    if (web) {
+      // The page shows how the run ended and offers the document until it is fetched.
+      const bool written = result == kExitGenerated || result == kExitIncomplete;
+      web->Finish(written ? "The report was generated."
+                  : result == kExitCancelled ? "No report was written: the dialog was closed or the run cancelled."
+                                             : "No report was written: the program's messages say why.",
+                  written ? native : std::string());
+      web->WaitForUser(600);
     }
     delete manager;
   }
@@ -311,6 +351,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
 
 struct PreferencesArgs {
   std::string answers;
+  bool interactive = false;
   std::string library;
   std::string strings;
 };
@@ -318,7 +359,9 @@ struct PreferencesArgs {
 // The preference page of the options, answered from a file; the formats file is saved on OK.
 ZP_CALLS_INTO_LIBRARY int Preferences(const PreferencesArgs& args) {
   std::string answers, why;
-  if (!ReadAnswers(args.answers, answers, why)) return Stop(kExitBadInput, why);
+  if (args.answers.empty() == !args.interactive)
+    return Stop(kExitBadInput, "preferences takes either --answers FILE or --interactive");
+  if (!args.interactive && !ReadAnswers(args.answers, answers, why)) return Stop(kExitBadInput, why);
   const fs::path libraryPath = args.library.empty() ? ExecutableFolder() / "libzpreport.so" : fs::path(args.library);
   Library lib;
   if (!LoadLibrary(libraryPath, lib)) return kExitBadInput;
@@ -328,9 +371,30 @@ ZP_CALLS_INTO_LIBRARY int Preferences(const PreferencesArgs& args) {
   COVReportOptions* options = nullptr;
   lib.getOptions(strings.IsEmpty() ? nullptr : strings.GetString(), zpapp::kArchiveVersion, &options);
   char error[512] = {};
-  const int saved = lib.runPreferencePage(options, answers.c_str(), error, sizeof error);
+  int saved = 0;
+  if (args.interactive) {
+    if (!lib.newInteractive || !lib.runPreferencePageInteractive) {
+      delete options;
+      return Stop(kExitBadInput, "--interactive: " + libraryPath.string() + " has no preference page to show");
+    }
+    std::unique_ptr<IZpInteractiveDialogs> page(lib.newInteractive());
+    WebFrontEnd web(*page, nullptr, g_interrupted);
+    std::string url;
+    if (!web.Start(url, why)) {
+      delete options;
+      return Stop(kExitBadInput, "--interactive: " + why);
+    }
+    std::fprintf(stderr, "zpreport: the preference page is at %s (open it in a browser on this machine)\n", url.c_str());
+    std::fflush(stderr);
+    std::signal(SIGINT, OnInterrupt);
+    saved = lib.runPreferencePageInteractive(options, page.get(), error, sizeof error);
+    std::signal(SIGINT, SIG_DFL);
+    web.Finish(saved > 0 ? "The formats were saved." : "Nothing was saved.", std::string());
+  } else {
+    saved = lib.runPreferencePage(options, answers.c_str(), error, sizeof error);
+  }
   delete options;
-  if (saved < 0) return Stop(kExitBadInput, "--answers: " + args.answers + ": " + error);
+  if (saved < 0) return Stop(kExitBadInput, (args.interactive ? std::string("--interactive") : "--answers: " + args.answers) + ": " + error);
   if (saved == 0) return Stop(kExitCancelled, "the preference page was cancelled: nothing saved");
   std::string file = ToUtf8(zpUtilities_c::GetOVAppDataFolder()) + "/studyReportFormats";
   std::printf("%s\n", file.c_str());
@@ -354,12 +418,15 @@ int main(int argc, char** argv) {
   generate->add_option("--templates", args.templates, "The folder of the templates (default: next to this program)");
   generate->add_option("--strings", args.strings, "A language table of numbered texts");
   generate->add_flag("--open", args.open, "Open the finished document");
+  generate->add_flag("--interactive", args.interactive,
+                     "Show the report dialog and the progress in a browser (a local page whose address is printed)");
   generate->add_option("--answers", args.answers,
                        "Run the report dialog with the control values and buttons of this JSON file");
   PreferencesArgs prefs;
   CLI::App* preferences =
       app.add_subcommand("preferences", "Change the stored report formats through the preference page");
-  preferences->add_option("--answers", prefs.answers, "The page's control values and buttons (JSON)")->required();
+  preferences->add_option("--answers", prefs.answers, "The page's control values and buttons (JSON)");
+  preferences->add_flag("--interactive", prefs.interactive, "Show the page in a browser (a local page whose address is printed)");
   preferences->add_option("--library", prefs.library, "The report library (default: next to this program)");
   preferences->add_option("--strings", prefs.strings, "A language table of numbered texts");
   CLI11_PARSE(app, argc, argv);

@@ -13,6 +13,7 @@
 #include "platform/docx/Engine.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Resources.h"
+#include "ui/InteractiveDialogDriver.h"
 #include "ui/ReportDialogDriver.h"
 #include "ui/ReportDialogs.h"
 
@@ -128,9 +129,21 @@ ZP_EXPORT int ZpGetDialogErrors(COVReportManager* manager) {
   return driver ? static_cast<int>(driver->Errors().size()) : 0;
 }
 
-ZP_EXPORT int ZpRunPreferencePage(COVReportOptions* options, const char* answers, char* error, std::size_t errorSize) {
-  auto driver = AnswersDriver(answers, error, errorSize);
-  if (!driver || !options) return -1;
+ZP_EXPORT IZpInteractiveDialogs* ZpNewInteractiveDialogs() { return new InteractiveDialogDriver; }
+
+ZP_EXPORT int ZpSetInteractiveDialogs(COVReportManager* manager, IZpInteractiveDialogs* dialogs) {
+  auto* zpManager = dynamic_cast<CZPReportManager*>(manager);
+  auto* driver = dynamic_cast<InteractiveDialogDriver*>(dialogs);
+  if (!zpManager || !driver) return 0;
+  zpManager->SetDialogDriver(std::shared_ptr<IDialogDriver>(driver, [](IDialogDriver*) {}));  // not owned
+  return 1;
+}
+
+namespace {
+// The host's options window: the preference page placed in it, run by `driver`, then saved
+// after OK. 1 saved, 0 cancelled, -1 with the reason in `error`.
+int RunPreferencePage(COVReportOptions* options, IDialogDriver& driver, const ScriptedDialogDriver* scripted,
+                      char* error, std::size_t errorSize) {
   CPropertyPage* page = nullptr;
   options->GetPreferencePageObject(&page);
   auto* ours = dynamic_cast<CZPPrefenReportPage*>(page);
@@ -140,12 +153,11 @@ ZP_EXPORT int ZpRunPreferencePage(COVReportOptions* options, const char* answers
     return -1;
   }
   std::unique_ptr<CZPPrefenReportPage> owned(ours);
-  owned->SetDriver(*driver);
+  owned->SetDriver(driver);
   try {
-    // The host's options window: the page placed in it, the user's changes, then its OK or Cancel.
     const INT_PTR answer = owned->DoModal();
-    if (!driver->Errors().empty()) {
-      CopyError(driver->Errors().front(), error, errorSize);
+    if (scripted && !scripted->Errors().empty()) {
+      CopyError(scripted->Errors().front(), error, errorSize);
       return -1;
     }
     if (answer != IDOK) return 0;
@@ -157,3 +169,18 @@ ZP_EXPORT int ZpRunPreferencePage(COVReportOptions* options, const char* answers
   }
   return 1;
 }
+}  // namespace
+
+ZP_EXPORT int ZpRunPreferencePageInteractive(COVReportOptions* options, IZpInteractiveDialogs* dialogs, char* error,
+                                             std::size_t errorSize) {
+  auto* driver = dynamic_cast<InteractiveDialogDriver*>(dialogs);
+  if (!driver || !options) return -1;
+  return RunPreferencePage(options, *driver, nullptr, error, errorSize);
+}
+
+ZP_EXPORT int ZpRunPreferencePage(COVReportOptions* options, const char* answers, char* error, std::size_t errorSize) {
+  auto driver = AnswersDriver(answers, error, errorSize);
+  if (!driver || !options) return -1;
+  return RunPreferencePage(options, *driver, driver.get(), error, errorSize);
+}
+

@@ -4,6 +4,7 @@
 // objects these functions make.
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 class zphStudy;
 class COVReportManager;
@@ -64,4 +65,31 @@ using ZpGetDialogErrorsFn = int (*)(COVReportManager* manager);
 // or carried out. Optional for the loader.
 using ZpRunPreferencePageFn = int (*)(COVReportOptions* options, const char* answers, char* error,
                                       std::size_t errorSize);
+}
+
+// The dialogs run for a user elsewhere (a page in a browser): the front end reads the state and
+// hands over what the user does, from threads of its own, while the library's thread waits in
+// the dialog. Strings are JSON or empty.
+class IZpInteractiveDialogs {
+public:
+  virtual ~IZpInteractiveDialogs() = default;
+  // {"version": n, "dialog": the open dialog's controls or null, "message": {"text", "buttons":
+  // [{"id", "text"}]} or null, "busy": a step is being carried out, "error": what the last step
+  // could not do}. The version goes up with every change.
+  virtual std::string State() = 0;
+  // One step for the open dialog, as in an answers file; empty when taken, else why not.
+  virtual std::string Submit(const std::string& step) = 0;
+  // The answer to the open message box (a button id of its state); empty when taken.
+  virtual std::string Answer(int button) = 0;
+  // The user went away: the open dialog is cancelled, messages take their default answer.
+  virtual void Leave() = 0;
+};
+extern "C" {
+// A new set of interactive dialogs (the caller deletes it, after the runs that use it).
+using ZpNewInteractiveDialogsFn = IZpInteractiveDialogs* (*)();
+// The manager's dialogs run through `dialogs` from now on (not owned).
+using ZpSetInteractiveDialogsFn = int (*)(COVReportManager* manager, IZpInteractiveDialogs* dialogs);
+// Runs the preference page on the options through `dialogs`; as ZpRunPreferencePage.
+using ZpRunPreferencePageInteractiveFn = int (*)(COVReportOptions* options, IZpInteractiveDialogs* dialogs,
+                                                 char* error, std::size_t errorSize);
 }

@@ -4,7 +4,7 @@
 # bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/deps.sh --with-office
+bash scripts/deps.sh --with-office --with-browser
 jobs=$(nproc)
 
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZP_SANITIZE=ON -DZP_WERROR=ON -DZP_BENCH=OFF >/dev/null
@@ -24,6 +24,7 @@ documents="$PWD/build-asan/test-documents"
 rm -rf "$documents" && mkdir -p "$documents"
 export ZP_KEEP_DOCUMENTS="$documents"
 (cd build-asan && ctest --output-on-failure -j"$jobs")
+bash scripts/browser-test.sh build-asan
 unset ZP_KEEP_DOCUMENTS
 
 # Word's strictness: the built templates and every document the tests wrote, against the
