@@ -3,6 +3,7 @@
 //
 //   zpreport generate STUDY.json --out DIR [--name NAME] [--answers FILE] [--library PATH] [--templates DIR]
 //   zpreport preferences --answers FILE [--library PATH]
+//   zpreport list|show|delete|duplicate|paste ...   (apps/ReportCommands.h)
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -16,6 +17,8 @@
 #include <iostream>
 #include <sstream>
 
+#include "apps/ProgramKit.h"
+#include "apps/ReportCommands.h"
 #include "apps/StudyArchive.h"
 #include "apps/TerminalProgress.h"
 #include "core/Exports.h"
@@ -28,6 +31,8 @@
 #include "platform/mfc/CFile.h"
 
 namespace fs = std::filesystem;
+
+using namespace zpapp;
 
 namespace {
 
@@ -43,47 +48,6 @@ void OnInterrupt(int signal) {
   }
 }
 
-fs::path ExecutableFolder() {
-  std::error_code ec;
-  fs::path self = fs::read_symlink("/proc/self/exe", ec);
-  return ec ? fs::current_path() : self.parent_path();
-}
-
-struct Library {
-  void* handle = nullptr;
-  GetZPReportManagerObjectFn getManager = nullptr;
-  GetZPReportOptionsObjectFn getOptions = nullptr;
-  ZpSetRunBoxFrontEndFn setFrontEnd = nullptr;
-  ZpSetSectionChoiceFn setSectionChoice = nullptr;
-  ZpSetUserSectionFn setUserSection = nullptr;
-  ZpGetReportRunResultFn runResult = nullptr;
-  ZpSetDialogAnswersFn setDialogAnswers = nullptr;
-  ZpGetDialogErrorsFn dialogErrors = nullptr;
-  ZpRunPreferencePageFn runPreferencePage = nullptr;
-};
-
-bool LoadLibrary(const fs::path& path, Library& lib) {
-  lib.handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!lib.handle) {
-    std::cerr << "zpreport: cannot load " << path << ": " << dlerror() << "\n";
-    return false;
-  }
-  lib.getManager = reinterpret_cast<GetZPReportManagerObjectFn>(dlsym(lib.handle, "GetZPReportManagerObject"));
-  lib.getOptions = reinterpret_cast<GetZPReportOptionsObjectFn>(dlsym(lib.handle, "GetZPReportOptionsObject"));
-  lib.setFrontEnd = reinterpret_cast<ZpSetRunBoxFrontEndFn>(dlsym(lib.handle, "ZpSetRunBoxFrontEnd"));
-  lib.setSectionChoice = reinterpret_cast<ZpSetSectionChoiceFn>(dlsym(lib.handle, "ZpSetSectionChoice"));
-  lib.setUserSection = reinterpret_cast<ZpSetUserSectionFn>(dlsym(lib.handle, "ZpSetUserSection"));
-  lib.runResult = reinterpret_cast<ZpGetReportRunResultFn>(dlsym(lib.handle, "ZpGetReportRunResult"));
-  lib.setDialogAnswers = reinterpret_cast<ZpSetDialogAnswersFn>(dlsym(lib.handle, "ZpSetDialogAnswers"));
-  lib.dialogErrors = reinterpret_cast<ZpGetDialogErrorsFn>(dlsym(lib.handle, "ZpGetDialogErrors"));
-  lib.runPreferencePage = reinterpret_cast<ZpRunPreferencePageFn>(dlsym(lib.handle, "ZpRunPreferencePage"));
-  if (!lib.getManager || !lib.getOptions) {
-    std::cerr << "zpreport: " << path << " does not export the report factory functions\n";
-    return false;
-  }
-  return true;
-}
-
 struct GenerateArgs {
   std::string study;
   std::string out;
@@ -93,23 +57,8 @@ struct GenerateArgs {
   std::string strings;
   std::string answers;  // the report dialog's answers: the dialog runs instead of being skipped
   bool open = false;
+  bool keep = false;  // store the study's archive with the new report
 };
-
-// Exit codes of `zpreport generate`.
-enum ExitCode {
-  kExitGenerated = 0,
-  kExitBadInput = 2,       // the study file, an argument or the environment cannot be used; nothing written
-  kExitRunFailed = 3,      // the report run failed; no document was written
-  kExitCancelled = 4,      // the run was cancelled (Ctrl-C confirmed, or SIGTERM); nothing written
-  kExitIncomplete = 5,     // the document was written, but pictures of it could not be made
-  kExitInternal = 70,      // an error of the program itself
-};
-
-void Warn(const std::string& text) { std::fprintf(stderr, "zpreport: warning: %s\n", text.c_str()); }
-int Stop(int code, const std::string& text) {
-  std::fprintf(stderr, "zpreport: %s\n", text.c_str());
-  return code;
-}
 
 // The folder for temporary files must be usable: the run keeps the pictures it captures there.
 bool TempFolderUsable(std::string& why) {
@@ -151,11 +100,6 @@ bool ReadAnswers(const std::string& path, std::string& text, std::string& why) {
   text = buffer.str();
   return true;
 }
-
-// The library's classes are known here by their headers only: their run-time type data lives
-// in the library, so the checker of dynamic types (which would need it) is off where the
-// program calls them.
-#define ZP_CALLS_INTO_LIBRARY __attribute__((no_sanitize_undefined))
 
 ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   std::unique_ptr<FixtureStudy> study;
@@ -242,10 +186,15 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       options->SetReportFolder(CString(outFolder.string()));
       options->ShowReportOnPublish(args.open ? 1 : 0);
     }
+    ManagerArchive archive;
     {
-      CMemFile file(zpapp::ManagerArchiveWithImages(host.Study()->Data()));
-      CArchive archive(&file, CArchive::load);
-      manager->Serialize(archive);
+      std::string problem;
+      if (!LoadManagerArchive(*manager, args.study, host.Study()->Data(), archive, problem)) {
+        delete manager;
+        delete options;
+        return Stop(kExitBadInput, problem);
+      }
+      if (archive.damaged) Warn(problem);
     }
     TerminalProgress progress(g_interrupted, stderr, isatty(STDERR_FILENO) != 0, isatty(STDIN_FILENO) != 0);
     if (lib.setFrontEnd) lib.setFrontEnd(manager, &progress);
@@ -302,6 +251,17 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       if (!native.empty() && fs::exists(native, ec)) text += " (the file " + native + " that was there already was left as it was)";
       result = Stop(kExitRunFailed, text);
     }
+    // The report stays in the study's archive when asked, also when its run did not finish, as
+    // it stays in the study of the add-in.
+    if (args.keep && report) {
+      std::string warning, problem;
+      const bool stored = StoreManagerArchive(*manager, archive, warning, problem);
+      if (!warning.empty()) Warn(warning);
+      if (!stored) {
+        Warn(problem);
+        if (result == kExitGenerated || result == kExitIncomplete) result = kExitRunFailed;
+      }
+    }
     delete manager;
   }
   delete options;
@@ -344,7 +304,9 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer("Exit codes of generate: 0 generated; 2 the study file, an argument, the answers file or TMPDIR "
              "cannot be used (nothing written); 3 the run failed (nothing written); 4 cancelled; 5 written, but pictures are "
-             "missing; 70 an error of the program itself.");
+             "missing; 70 an error of the program itself. Exit codes of list, show, delete, duplicate and paste: 0 done; "
+             "2 the study file, its archive or a report name cannot be used (nothing changed); 3 the archive could not "
+             "be written (it stays as it was), or the report to show has no document.");
   GenerateArgs args;
   CLI::App* generate = app.add_subcommand("generate", "Generate the report of a study file");
   generate->add_option("study", args.study, "The study file or design study file (JSON)")->required();
@@ -356,14 +318,39 @@ int main(int argc, char** argv) {
   generate->add_flag("--open", args.open, "Open the finished document");
   generate->add_option("--answers", args.answers,
                        "Run the report dialog with the control values and buttons of this JSON file");
+  generate->add_flag("--keep", args.keep,
+                     "Keep the report in the study's archive (the .reports file beside the study file)");
   PreferencesArgs prefs;
   CLI::App* preferences =
       app.add_subcommand("preferences", "Change the stored report formats through the preference page");
   preferences->add_option("--answers", prefs.answers, "The page's control values and buttons (JSON)")->required();
   preferences->add_option("--library", prefs.library, "The report library (default: next to this program)");
   preferences->add_option("--strings", prefs.strings, "A language table of numbered texts");
+  ReportCommandArgs commandArgs;
+  std::vector<CLI::App*> commands;
+  auto command = [&](const char* name, const char* what) {
+    CLI::App* sub = app.add_subcommand(name, what);
+    sub->add_option("study", commandArgs.study, "The study file (JSON); its reports are in the .reports file beside it")
+        ->required();
+    sub->add_option("--library", commandArgs.library, "The report library (default: next to this program)");
+    sub->add_option("--strings", commandArgs.strings, "A language table of numbered texts");
+    sub->callback([&commandArgs, name] { commandArgs.command = name; });
+    commands.push_back(sub);
+    return sub;
+  };
+  command("list", "List the reports of a study: name, document (- when none) and load case");
+  command("show", "Show a report's document (its path on standard output)")
+      ->add_option("name", commandArgs.names, "The report's name")->required()->expected(1);
+  commands.back()->add_flag("--open", commandArgs.open, "Hand the document to the desktop too");
+  command("delete", "Delete a report and its document")
+      ->add_option("name", commandArgs.names, "The report's name")->required()->expected(1);
+  command("duplicate", "Give a copied study the images and reports of its source; prints the new names")
+      ->add_option("--to", commandArgs.to, "The study file of the copy")->required();
+  command("paste", "Paste copies of reports into their study; prints the new names")
+      ->add_option("names", commandArgs.names, "The names of the reports copied")->required();
   CLI11_PARSE(app, argc, argv);
   try {
+    if (!commandArgs.command.empty()) return RunReportCommand(commandArgs);
     if (preferences->parsed()) return Preferences(prefs);
     return Generate(args);
   } catch (const std::exception& e) {

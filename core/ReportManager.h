@@ -30,6 +30,28 @@ public:
   // after a load).
   void Serialize(CArchive& archive) override;
 
+  // ---- reports made from other reports
+  // For a copied study: the source's images, and a copy of each of its reports named after
+  // this study, without a document; none when both have studies of different types.
+  void Duplicate(COVReportManager* source) override;
+  // A copy of each report named in m_copiedReports (but load-case reports), named "Copy of"
+  // and the name, with its images; then the copied list is emptied.
+  void PasteReports() override;
+  // An entry for a report of an older release, from its four facts; nothing is converted.
+  void CreateReportFromOlderVersion(CString name, CString fileBaseName, CString folder,
+                                    CString documentPath) override;
+
+  // ---- commands on an existing report
+  // Opens the report's document; tells the user when there is none or Word holds it.
+  void ShowReport(CString name) override;
+  // Removes the report and its document.
+  void DeleteReport(CString name) override;
+  // The report dialog on an existing report; generates it when the dialog says so.
+  void EditReport(CString name) override;
+  // Generates the report again into its folder, asking before an old document is replaced; a
+  // folder that can't be written opens the folder question.
+  void PublishReport(CString name) override;
+
   // ---- naming and lookup
   // The study's name; without a study the active design study's; else empty.
   CString GetStudyName();
@@ -75,6 +97,13 @@ private:
   int Generate(CZPReport& report);
   // Opens the document when the report's header says so.
   void ShowWhenAsked(CZPReport& report);
+  // Generates the report with its load case made current for the run (the normal state after
+  // it), and opens the document when the header says so.
+  void RunReport(CZPReport& report);
+  // The report by name, with the Word version probed; null when there is no such report or
+  // Word is missing or too old (the user has been told).
+  CZPReport* ReportWithWord(const CString& name);
   // Folder, "\", file base name and the extension of the report's output type.
   static void BuildDocumentPath(CZPReport& report);
+  static CString DocumentPathIn(const CString& folder, CZPReport& report);
 };
