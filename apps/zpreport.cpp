@@ -3,6 +3,7 @@
 //
 //   zpreport generate STUDY.json --out DIR [--name NAME] [--answers FILE] [--library PATH] [--templates DIR]
 //   zpreport preferences --answers FILE [--library PATH]
+//   zpreport edit|publish STUDY.json NAME [--answers FILE] [--library PATH] [--templates DIR]
 //   zpreport list|show|delete|duplicate|paste ...   (apps/ReportCommands.h)
 #include <dlfcn.h>
 #include <unistd.h>
@@ -29,6 +30,7 @@
 #include "platform/host/Utilities.h"
 #include "platform/mfc/CArchive.h"
 #include "platform/mfc/CFile.h"
+#include "platform/mfc/CMapStringToString.h"
 
 namespace fs = std::filesystem;
 
@@ -49,6 +51,8 @@ void OnInterrupt(int signal) {
 }
 
 struct GenerateArgs {
+  std::string command = "generate";  // or edit, publish: a report of the study's archive again
+  std::string report;                // the report that edit and publish take
   std::string study;
   std::string out;
   std::string name;
@@ -58,6 +62,7 @@ struct GenerateArgs {
   std::string answers;  // the report dialog's answers: the dialog runs instead of being skipped
   bool open = false;
   bool keep = false;  // store the study's archive with the new report
+  bool loadCases = false;  // one report per load case of the study
 };
 
 // The folder for temporary files must be usable: the run keeps the pictures it captures there.
@@ -101,6 +106,36 @@ bool ReadAnswers(const std::string& path, std::string& text, std::string& why) {
   return true;
 }
 
+std::string NativePath(const CString& path) {
+  std::string native = ToUtf8(path);
+  for (char& c : native)
+    if (c == '\\') c = '/';
+  return native;
+}
+
+// What became of a batch of load-case reports: the documents written on standard output, the
+// exit code of the whole.
+ZP_CALLS_INTO_LIBRARY int BatchResult(const Library& lib, COVReportManager& manager, const std::string& thrown) {
+  int total = 0, written = 0, stopped = 0;
+  for (COVReport* report : manager.m_reports) {
+    if (!report || report->m_isLoadCaseReport <= 0) continue;
+    ++total;
+    const int outcome = lib.runResult ? lib.runResult(report, nullptr) : 0;
+    if (outcome == 1) {
+      ++written;
+      std::printf("%s\n", NativePath(report->m_documentPath).c_str());
+    } else if (outcome == 0 || outcome == 3) {
+      ++stopped;
+    }
+  }
+  const std::string counted = std::to_string(written) + " of " + std::to_string(total) + " load-case reports were written";
+  if (total == 0) return Stop(kExitCancelled, "no load-case report was made" + (thrown.empty() ? "" : ": " + thrown));
+  if (written == total) return kExitGenerated;
+  if (written + stopped == total && thrown.empty())
+    return Stop(kExitCancelled, "stopped: " + counted + "; the others are listed without documents");
+  return Stop(kExitRunFailed, counted + (thrown.empty() ? "" : ": " + thrown));
+}
+
 ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   std::unique_ptr<FixtureStudy> study;
   try {
@@ -110,15 +145,20 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   }
   for (const std::string& warning : study->Data().warnings) Warn(args.study + ": " + warning);
 
-  if (args.out.empty()) return Stop(kExitBadInput, "--out: the output folder is empty");
-  const std::string outArg = OutputFolder(args.out);
-  if (outArg != args.out) Warn("--out: backslashes are read as folder separators: " + outArg);
+  // A new report goes to --out; edit and publish take the report's own folder.
+  const bool creating = args.command == "generate";
   std::error_code ec;
-  const fs::path outFolder = fs::absolute(outArg, ec).lexically_normal();
-  if (ec) return Stop(kExitBadInput, "--out: " + args.out + ": " + ec.message());
-  fs::create_directories(outFolder, ec);
-  if (!fs::is_directory(outFolder, ec))
-    return Stop(kExitBadInput, "cannot create the output folder " + outFolder.string() + (ec ? ": " + ec.message() : ""));
+  fs::path outFolder;
+  if (creating) {
+    if (args.out.empty()) return Stop(kExitBadInput, "--out: the output folder is empty");
+    const std::string outArg = OutputFolder(args.out);
+    if (outArg != args.out) Warn("--out: backslashes are read as folder separators: " + outArg);
+    outFolder = fs::absolute(outArg, ec).lexically_normal();
+    if (ec) return Stop(kExitBadInput, "--out: " + args.out + ": " + ec.message());
+    fs::create_directories(outFolder, ec);
+    if (!fs::is_directory(outFolder, ec))
+      return Stop(kExitBadInput, "cannot create the output folder " + outFolder.string() + (ec ? ": " + ec.message() : ""));
+  }
   std::string why;
   if (!TempFolderUsable(why)) return Stop(kExitBadInput, why);
   std::string answers;
@@ -140,7 +180,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   lib.getOptions(strings.IsEmpty() ? nullptr : strings.GetString(), zpapp::kArchiveVersion, &options);
 
   // What a user would choose and type in the report dialog comes from the study file.
-  if (lib.setSectionChoice) {
+  if (creating && lib.setSectionChoice) {
     const StudyData& data = study->Data();
     const int studyType = study->GetStudyType();
     auto included = [&](int kind) { return data.excluded.count(kind) ? 0 : 1; };
@@ -174,6 +214,20 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     // session's.
     const bool designStudy = host.Study()->Data().design.has_value();
     lib.getManager(designStudy ? nullptr : host.Study(), &manager);
+    CMapStringToString cases;
+    if (args.loadCases) {
+      const StudyData& data = host.Study()->Data();
+      std::string why;
+      if (designStudy || host.Study()->GetStudyType() != 0)
+        why = "study.type: load-case reports are made for static studies (type 0) only";
+      else if (data.loadCases.empty()) why = "study.loadCases: the study has no load cases";
+      if (!why.empty()) {
+        delete manager;
+        delete options;
+        return Stop(kExitBadInput, "--load-cases: " + args.study + ": " + why);
+      }
+      for (const CString& loadCase : data.loadCases) cases.SetAt(loadCase, loadCase);
+    }
     if (!answers.empty()) {
       char error[512] = {};
       if (!lib.setDialogAnswers(manager, answers.c_str(), error, sizeof error)) {
@@ -181,7 +235,9 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
         delete options;
         return Stop(kExitBadInput, "--answers: " + args.answers + ": " + error);
       }
-      // The report dialog starts with the output folder, and shows the document as --open says.
+    }
+    // The report dialog starts with the output folder, and shows the document as --open says.
+    if (creating && (!answers.empty() || args.loadCases)) {
       options->SetReportPublishOption(1);
       options->SetReportFolder(CString(outFolder.string()));
       options->ShowReportOnPublish(args.open ? 1 : 0);
@@ -196,6 +252,17 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       }
       if (archive.damaged) Warn(problem);
     }
+    COVReport* named = nullptr;
+    if (!creating) {
+      for (COVReport* r : manager->m_reports)
+        if (r && r->m_reportName == CString(args.report)) named = r;
+      if (!named) {
+        delete manager;
+        delete options;
+        return Stop(kExitBadInput, "no report named \"" + args.report + "\" in " +
+                                       (archive.fromFile ? archive.path : args.study + " (it has no report archive yet)"));
+      }
+    }
     TerminalProgress progress(g_interrupted, stderr, isatty(STDERR_FILENO) != 0, isatty(STDIN_FILENO) != 0);
     if (lib.setFrontEnd) lib.setFrontEnd(manager, &progress);
     std::signal(SIGINT, OnInterrupt);
@@ -206,7 +273,10 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const auto started = std::chrono::steady_clock::now();
     std::string thrown;
     try {
-      if (answers.empty()) manager->CreateReport(folder, name, args.open ? 1 : 0);
+      if (args.loadCases) manager->CreateLoadCaseReports(cases);
+      else if (args.command == "edit") manager->EditReport(CString(args.report));
+      else if (args.command == "publish") manager->PublishReport(CString(args.report));
+      else if (answers.empty()) manager->CreateReport(folder, name, args.open ? 1 : 0);
       else manager->CreateReport();
     } catch (const std::exception& e) {
       // What a run lets pass reaches the add-in; the report stays without a document.
@@ -219,7 +289,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     std::signal(SIGTERM, SIG_DFL);
     if (lib.setFrontEnd) lib.setFrontEnd(manager, nullptr);
 
-    COVReport* report = manager->m_reports.empty() ? nullptr : manager->m_reports.back();
+    COVReport* report = named ? named : manager->m_reports.empty() ? nullptr : manager->m_reports.back();
     const int dialogErrors = answers.empty() ? 0 : lib.dialogErrors(manager);
     const char16_t* reason = u"";
     int outcome = report && lib.runResult ? lib.runResult(report, &reason) : 0;
@@ -227,7 +297,9 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     for (char& c : native)
       if (c == '\\') c = '/';
     const std::string because = ToUtf8(reason ? std::u16string_view(reason) : std::u16string_view());
-    if (outcome == 1) {
+    if (args.loadCases) {
+      result = BatchResult(lib, *manager, thrown);
+    } else if (outcome == 1) {
       std::printf("%s\n", native.c_str());
       std::fprintf(stderr, "generated in %.2f s%s\n", seconds,
                    progress.CancelConfirmed() ? " (the cancel came after the last section: the report is complete)" : "");
@@ -239,10 +311,13 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
         result = kExitIncomplete;
       }
     } else if (dialogErrors > 0) {
-      result = Stop(kExitBadInput, "--answers: " + args.answers + ": the report dialog could not be answered as written (" +
+      result = Stop(kExitBadInput, "--answers: " + args.answers + ": the " + (args.command == "publish" ? "folder question" : "report dialog") + " could not be answered as written (" +
                                        std::to_string(dialogErrors) + " error(s) above): no report was written");
     } else if (!answers.empty() && outcome == 0) {
-      result = Stop(kExitCancelled, "the answers closed the report dialog without generating: no report was written");
+      result = Stop(kExitCancelled, std::string("the answers closed the ") + (args.command == "publish" ? "folder question" : "report dialog") +
+                                        " without generating: no report was written");
+    } else if (!creating && outcome == 0) {
+      result = Stop(kExitCancelled, "the report was not generated: no report was written");
     } else if (outcome == 3) {
       result = Stop(kExitCancelled, "cancelled: no report was written");
     } else {
@@ -253,7 +328,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     }
     // The report stays in the study's archive when asked, also when its run did not finish, as
     // it stays in the study of the add-in.
-    if (args.keep && report) {
+    if ((args.keep || !creating) && report) {
       std::string warning, problem;
       const bool stored = StoreManagerArchive(*manager, archive, warning, problem);
       if (!warning.empty()) Warn(warning);
@@ -318,8 +393,26 @@ int main(int argc, char** argv) {
   generate->add_flag("--open", args.open, "Open the finished document");
   generate->add_option("--answers", args.answers,
                        "Run the report dialog with the control values and buttons of this JSON file");
+  generate->add_flag("--load-cases", args.loadCases,
+                     "One report per load case of the study (study.loadCases), each generated with its case current");
   generate->add_flag("--keep", args.keep,
                      "Keep the report in the study's archive (the .reports file beside the study file)");
+  for (const char* command : {"edit", "publish"}) {
+    const bool edit = std::string(command) == "edit";
+    CLI::App* sub = app.add_subcommand(
+        command, edit ? "Change a report of the study's archive through the report dialog, and generate it when it says so"
+                      : "Generate a report of the study's archive again into its folder (the folder question when it "
+                        "can't be written)");
+    sub->add_option("study", args.study, "The study file (JSON); its reports are in the .reports file beside it")->required();
+    sub->add_option("name", args.report, "The report's name")->required();
+    sub->add_option("--answers", args.answers,
+                    edit ? "Run the report dialog with the control values and buttons of this JSON file"
+                         : "Answer the folder question and the message boxes from this JSON file");
+    sub->add_option("--library", args.library, "The report library (default: next to this program)");
+    sub->add_option("--templates", args.templates, "The folder of the templates (default: next to this program)");
+    sub->add_option("--strings", args.strings, "A language table of numbered texts");
+    sub->callback([&args, command] { args.command = command; });
+  }
   PreferencesArgs prefs;
   CLI::App* preferences =
       app.add_subcommand("preferences", "Change the stored report formats through the preference page");

@@ -319,6 +319,11 @@ CZPReport* CZPReportManager::ReportWithWord(const CString& name) {
   return report;
 }
 
+int CZPReportManager::AskUser(const CString& text, UINT flags) {
+  CDialog owner(0, DialogDriver());
+  return owner.ShowMessage(text, flags);
+}
+
 void CZPReportManager::EditReport(CString name) {
   CZPReport* report = ReportWithWord(name);
   if (!report) return;
@@ -353,10 +358,10 @@ void CZPReportManager::PublishReport(CString name) {
     int locked = 0;
     if (FileProbe(finalPath, locked)) {
       if (report->m_format->m_outputType == 1 && locked) {
-        ShowMessageById(55005);
+        AskUser(ZpCommonString(55005), MB_OK);
         return;
       }
-      if (ShowMessageText(ZpCommonString(50560) + finalPath + u" ?", MB_OKCANCEL) == IDCANCEL) return;
+      if (AskUser(ZpCommonString(50560) + finalPath + u" ?", MB_OKCANCEL) == IDCANCEL) return;
     }
   } else {
     // The folder can't be written: the user names another.
@@ -371,6 +376,89 @@ void CZPReportManager::PublishReport(CString name) {
   }
   report->m_documentPath = finalPath;
   RunReport(*report);
+}
+
+// ---- load cases
+
+void CZPReportManager::CreateLoadCaseReports(CMapStringToString& cases) {
+  if (!m_study || m_study->GetStudyType() != 0) return;
+  ZpLoadCaseManager* loadCases = m_study->GetLoadCaseManager();
+  if (!loadCases) return;
+  CZPNewReportOptions* options = CurrentOptions();
+  if (!options) return;
+  std::unique_ptr<CZPReport> master(MakeReport(true));
+  if (!master) return;
+  CZPNewReportFormat* format = nullptr;
+  CZPReportHeaderInfo* header = nullptr;
+  InstallCopies(*options, 0, format, header);
+  master->m_reportName = GetNewReportName();
+  master->m_fileBaseName = GetOVModelName() + u"-" + master->m_reportName;
+  CString folder = Trimmed(options->GetReportFolder());
+  if (folder.IsEmpty()) folder = TempFolderPath();
+  header->SetReportFolderPath(folder);
+  master->SetFormat(format);
+  master->SetHeaderInfo(header);
+  ImageChoiceArray images = AllImagesTicked();
+  {
+    CZPPrefenReportDlg dialog(master.get(), GetZephraHelpFilePath(), &images, DialogDriver());
+    if (dialog.DoModal() != kReportDialogGenerate) return;
+  }
+  DeleteLoadCaseReports(CString());
+
+  // The batch's state and the study's load case go back to normal also when a run throws.
+  class BatchScope {
+  public:
+    BatchScope(CZPRunFlags& flags, ZpLoadCaseManager& cases, int count) : m_flags(flags), m_cases(cases) {
+      m_flags.m_batchCancelState = count > 1 ? kBatchRunning : kBatchNone;
+    }
+    ~BatchScope() {
+      m_flags.m_batchCancelState = kBatchNone;
+      m_cases.LoadStudyWithThisLoadCaseForReport(CString());
+    }
+    BatchScope(const BatchScope&) = delete;
+    BatchScope& operator=(const BatchScope&) = delete;
+
+  private:
+    CZPRunFlags& m_flags;
+    ZpLoadCaseManager& m_cases;
+  };
+  {
+    BatchScope batch(m_runFlags, *loadCases, cases.GetCount());
+    POSITION pos = cases.GetStartPosition();
+    while (pos) {
+      CString label, loadCase;
+      cases.GetNextAssoc(pos, label, loadCase);
+      auto* report = new CZPReport(*master, this);
+      report->m_isLoadCaseReport = 1;
+      report->m_loadCaseName = loadCase;
+      report->m_reportName = master->m_reportName + u"-" + label;
+      report->m_fileBaseName = master->m_fileBaseName + u"-" + label;
+      report->m_officeVersion = master->m_officeVersion;
+      BuildDocumentPath(*report);
+      m_reports.push_back(report);
+      IncludeChosenImages(*report, images);
+      if (m_runFlags.m_batchCancelState != kBatchStopAll) {
+        loadCases->LoadStudyWithThisLoadCaseForReport(loadCase);
+        if (Generate(*report)) ShowWhenAsked(*report);
+      }
+    }
+  }
+  RefreshTree();
+}
+
+void CZPReportManager::DeleteLoadCaseReports(CString loadCaseName) {
+  for (auto it = m_reports.begin(); it != m_reports.end();) {
+    COVReport* report = *it;
+    if (report && report->m_isLoadCaseReport > 0 && (loadCaseName.IsEmpty() || report->m_loadCaseName == loadCaseName)) {
+      const CString path = report->m_documentPath;
+      it = m_reports.erase(it);
+      delete report;
+      if (!path.IsEmpty()) RemoveFileIfPresent(path);
+    } else {
+      ++it;
+    }
+  }
+  RefreshTree();
 }
 
 // ---- creating reports

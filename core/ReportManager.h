@@ -52,6 +52,15 @@ public:
   // folder that can't be written opens the folder question.
   void PublishReport(CString name) override;
 
+  // ---- load cases of a static study
+  // One report per entry of `cases` (key: the label in the names, value: the load case), each
+  // a copy of the one the user sets up in the report dialog, made with its case current. The
+  // reports of an earlier batch go first. A stop-all from a progress box ends the batch: the
+  // remaining reports are listed without documents.
+  void CreateLoadCaseReports(CMapStringToString& cases) override;
+  // Removes the reports of that load case (all load cases when empty) and their documents.
+  void DeleteLoadCaseReports(CString loadCaseName) override;
+
   // ---- naming and lookup
   // The study's name; without a study the active design study's; else empty.
   CString GetStudyName();
@@ -100,6 +109,9 @@ private:
   // Generates the report with its load case made current for the run (the normal state after
   // it), and opens the document when the header says so.
   void RunReport(CZPReport& report);
+  // A message box of the manager's own, shown through its dialog driver (as a box with no
+  // dialog behind it, id 0), so that answers files answer it too.
+  int AskUser(const CString& text, UINT flags);
   // The report by name, with the Word version probed; null when there is no such report or
   // Word is missing or too old (the user has been told).
   CZPReport* ReportWithWord(const CString& name);

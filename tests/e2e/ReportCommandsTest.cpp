@@ -106,3 +106,64 @@ TEST(ReportCommands, ArchiveLifecycleThroughTheProgram) {
   for (const auto& entry : fs::directory_iterator(work.File("first")))
     EXPECT_EQ(entry.path().filename().string().find(".saving"), std::string::npos) << entry.path();
 }
+
+TEST(ReportCommands, EditAndPublishAKeptReport) {
+  docxtest::TempDir work, out;
+  const std::string study = CopyStudy(work, "study", "Static 1");
+  const std::string gone = work.File("gone");
+  ASSERT_EQ(Zpreport(work, "generate " + study + " --out " + gone + " --name First --keep").code, 0);
+  // The report's folder turns into a file: it can't be written, and the folder question opens.
+  fs::remove_all(gone);
+  docxtest::WriteFile(gone, "not a folder");
+  docxtest::WriteFile(work.File("folder.json"),
+                      R"({"dialogs": {"13032": [{"12106": ")" + out.Path() + R"(", "press": 12016}]}})");
+  ProgramRun r = Zpreport(work, "publish " + study + " First --answers " + work.File("folder.json"));
+  ASSERT_EQ(r.code, 0) << r.errors;
+  const std::string document = out.File("Bracket-First.docx");
+  EXPECT_EQ(r.out, document + "\n");
+  EXPECT_EQ(Zpreport(work, "list " + study).out, "First\t" + document + "\n");
+
+  // Publishing over the old document asks first: Cancel leaves it, OK writes it again.
+  const std::string before = docxtest::FileBytes(document);
+  docxtest::WriteFile(work.File("no.json"), R"({"messages": ["Cancel"]})");
+  r = Zpreport(work, "publish " + study + " First --answers " + work.File("no.json"));
+  EXPECT_EQ(r.code, 4) << r.errors;
+  EXPECT_TRUE(Has(r.errors, "Do you want to replace " + out.Path() + "\\Bracket-First.docx ?")) << r.errors;
+  EXPECT_TRUE(docxtest::FileBytes(document) == before) << "the old document stays";
+
+  // Edit: a designer and a new file name in the report dialog; the document follows.
+  docxtest::WriteFile(work.File("edit.json"), R"({"dialogs": {"13028": [
+      {"14281": true, "14282": "E. Ditor", "12109": "Edited"}, {"press": 12016}]}})");
+  r = Zpreport(work, "edit " + study + " First --answers " + work.File("edit.json"));
+  ASSERT_EQ(r.code, 0) << r.errors;
+  const std::string edited = out.File("Edited.docx");
+  EXPECT_EQ(r.out, edited + "\n");
+  EXPECT_TRUE(Has(docxtest::BodyText(edited), "E. Ditor"));
+  EXPECT_EQ(Zpreport(work, "list " + study).out, "First\t" + edited + "\n");
+  EXPECT_EQ(Zpreport(work, "edit " + study + " Nobody").code, 2);
+}
+
+TEST(ReportCommands, OneReportPerLoadCase) {
+  docxtest::TempDir work, out;
+  const std::string study = CopyStudy(work, "study", "Static 1");
+  nlohmann::json json = nlohmann::json::parse(std::ifstream(study));
+  json["study"]["loadCases"] = {"Service", "Overload"};
+  std::ofstream(study) << json.dump(1);
+  ProgramRun r = Zpreport(work, "generate " + study + " --out " + out.Path() + " --load-cases --keep");
+  ASSERT_EQ(r.code, 0) << r.errors;
+  const std::string service = out.File("Bracket-Static 1-1-Service.docx");
+  const std::string overload = out.File("Bracket-Static 1-1-Overload.docx");
+  EXPECT_TRUE(r.out == service + "\n" + overload + "\n" || r.out == overload + "\n" + service + "\n") << r.out;
+  EXPECT_TRUE(Has(docxtest::BodyText(service), "Static 1"));
+  r = Zpreport(work, "list " + study);
+  EXPECT_TRUE(Has(r.out, "Static 1-1-Service\t" + service + "\tload case: Service\n")) << r.out;
+  // A load case's report is not pasted; a second batch replaces the first.
+  EXPECT_TRUE(Has(Zpreport(work, "paste " + study + " Static\\ 1-1-Service").errors, "is the report of a load case"));
+  ASSERT_EQ(Zpreport(work, "generate " + study + " --out " + out.Path() + " --load-cases --keep").code, 0);
+  EXPECT_EQ(Zpreport(work, "list " + study).out, r.out);
+  json["study"].erase("loadCases");
+  std::ofstream(study) << json.dump(1);
+  r = Zpreport(work, "generate " + study + " --out " + out.Path() + " --load-cases");
+  EXPECT_EQ(r.code, 2);
+  EXPECT_TRUE(Has(r.errors, "study.loadCases: the study has no load cases")) << r.errors;
+}
