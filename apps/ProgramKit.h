@@ -9,6 +9,7 @@
 #include <string>
 
 #include "core/Exports.h"
+#include "platform/mfc/CString.h"
 
 namespace zpapp {
 
@@ -71,6 +72,15 @@ inline void Warn(const std::string& text) { std::fprintf(stderr, "zpreport: warn
 inline int Stop(int code, const std::string& text) {
   std::fprintf(stderr, "zpreport: %s\n", text.c_str());
   return code;
+}
+
+// A path of the report code (joined with backslashes, as on the add-in's platform) as this
+// system writes it.
+inline std::string NativePath(const CString& path) {
+  std::string native = ToUtf8(path);
+  for (char& c : native)
+    if (c == '\\') c = '/';
+  return native;
 }
 
 // The library's classes are known here by their headers only: their run-time type data lives

@@ -19,12 +19,7 @@ namespace {
 // The documents that the report library asked to open during this command.
 std::vector<std::string> g_opened;
 
-void RecordOpened(const char16_t* path) {
-  std::string native = ToUtf8(std::u16string_view(path ? path : u""));
-  for (char& c : native)
-    if (c == '\\') c = '/';
-  g_opened.push_back(native);
-}
+void RecordOpened(const char16_t* path) { g_opened.push_back(NativePath(CString(path ? path : u""))); }
 
 // One study file with its host and its report manager, the manager read from the study's archive.
 class StudySession {
@@ -90,13 +85,6 @@ private:
   ManagerArchive m_archive;
 };
 
-std::string Native(const CString& path) {
-  std::string native = ToUtf8(path);
-  for (char& c : native)
-    if (c == '\\') c = '/';
-  return native;
-}
-
 // The names of the reports, in list order.
 ZP_CALLS_INTO_LIBRARY std::vector<CString> ReportNames(COVReportManager& manager) {
   std::vector<CString> names;
@@ -115,7 +103,7 @@ void PrintNew(const std::vector<CString>& before, const std::vector<CString>& af
 ZP_CALLS_INTO_LIBRARY int List(StudySession& session) {
   for (COVReport* report : session.Manager().m_reports) {
     if (!report) continue;
-    const std::string document = report->m_documentPath.IsEmpty() ? "-" : Native(report->m_documentPath);
+    const std::string document = report->m_documentPath.IsEmpty() ? "-" : NativePath(report->m_documentPath);
     std::string line = ToUtf8(report->m_reportName) + "\t" + document;
     if (report->m_isLoadCaseReport > 0) line += "\tload case: " + ToUtf8(report->m_loadCaseName);
     std::printf("%s\n", line.c_str());

@@ -106,13 +106,6 @@ bool ReadAnswers(const std::string& path, std::string& text, std::string& why) {
   return true;
 }
 
-std::string NativePath(const CString& path) {
-  std::string native = ToUtf8(path);
-  for (char& c : native)
-    if (c == '\\') c = '/';
-  return native;
-}
-
 // What became of a batch of load-case reports: the documents written on standard output, the
 // exit code of the whole.
 ZP_CALLS_INTO_LIBRARY int BatchResult(const Library& lib, COVReportManager& manager, const std::string& thrown) {
@@ -293,9 +286,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const int dialogErrors = answers.empty() ? 0 : lib.dialogErrors(manager);
     const char16_t* reason = u"";
     int outcome = report && lib.runResult ? lib.runResult(report, &reason) : 0;
-    std::string native = report ? ToUtf8(report->m_documentPath) : std::string();
-    for (char& c : native)
-      if (c == '\\') c = '/';
+    const std::string native = report ? NativePath(report->m_documentPath) : std::string();
     const std::string because = ToUtf8(reason ? std::u16string_view(reason) : std::u16string_view());
     if (args.loadCases) {
       result = BatchResult(lib, *manager, thrown);

@@ -378,6 +378,19 @@ void CZPReportManager::PublishReport(CString name) {
   RunReport(*report);
 }
 
+void CZPReportManager::SetUpNewReport(CZPReport& report, CZPNewReportOptions& options, int studyType) {
+  CZPNewReportFormat* format = nullptr;
+  CZPReportHeaderInfo* header = nullptr;
+  InstallCopies(options, studyType, format, header);
+  report.m_reportName = GetNewReportName();
+  report.m_fileBaseName = GetOVModelName() + u"-" + report.m_reportName;
+  CString folder = Trimmed(options.GetReportFolder());
+  if (folder.IsEmpty()) folder = TempFolderPath();
+  header->SetReportFolderPath(folder);
+  report.SetFormat(format);
+  report.SetHeaderInfo(header);
+}
+
 // ---- load cases
 
 void CZPReportManager::CreateLoadCaseReports(CMapStringToString& cases) {
@@ -388,16 +401,7 @@ void CZPReportManager::CreateLoadCaseReports(CMapStringToString& cases) {
   if (!options) return;
   std::unique_ptr<CZPReport> master(MakeReport(true));
   if (!master) return;
-  CZPNewReportFormat* format = nullptr;
-  CZPReportHeaderInfo* header = nullptr;
-  InstallCopies(*options, 0, format, header);
-  master->m_reportName = GetNewReportName();
-  master->m_fileBaseName = GetOVModelName() + u"-" + master->m_reportName;
-  CString folder = Trimmed(options->GetReportFolder());
-  if (folder.IsEmpty()) folder = TempFolderPath();
-  header->SetReportFolderPath(folder);
-  master->SetFormat(format);
-  master->SetHeaderInfo(header);
+  SetUpNewReport(*master, *options, 0);
   ImageChoiceArray images = AllImagesTicked();
   {
     CZPPrefenReportDlg dialog(master.get(), GetZephraHelpFilePath(), &images, DialogDriver());
@@ -570,16 +574,7 @@ void CZPReportManager::CreateReport() {
   CZPReport* report = MakeReport(true);
   if (!report) return;
 
-  CZPNewReportFormat* format = nullptr;
-  CZPReportHeaderInfo* header = nullptr;
-  InstallCopies(*options, studyType, format, header);
-  report->m_reportName = GetNewReportName();
-  report->m_fileBaseName = GetOVModelName() + u"-" + report->m_reportName;
-  CString folder = Trimmed(options->GetReportFolder());
-  if (folder.IsEmpty()) folder = TempFolderPath();
-  header->SetReportFolderPath(folder);
-  report->SetFormat(format);
-  report->SetHeaderInfo(header);
+  SetUpNewReport(*report, *options, studyType);
 
   ImageChoiceArray images = AllImagesTicked();
   int answer = IDCANCEL;

@@ -96,6 +96,10 @@ private:
   // A new report with copies of the options' format for `studyType` and header, and the
   // Word version probed; null (and the report deleted) when Word is missing or too old.
   CZPReport* MakeReport(bool tellTooOld);
+  // Gives a new report of the dialog's road copies of the options' format for `studyType` and
+  // of its header, a new name, its file base name and the options' folder (trimmed; the
+  // temporary folder when empty).
+  void SetUpNewReport(CZPReport& report, CZPNewReportOptions& options, int studyType);
   // The image choices of a new report: every image, ticked.
   ImageChoiceArray AllImagesTicked();
   // Includes the ticked images in `report`, each in its own section.
