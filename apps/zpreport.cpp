@@ -106,6 +106,8 @@ bool ReadAnswers(const std::string& path, std::string& text, std::string& why) {
   return true;
 }
 
+void OpenNothing(const char16_t* /*path*/) {}
+
 // What became of a batch of load-case reports: the documents written on standard output, the
 // exit code of the whole.
 ZP_CALLS_INTO_LIBRARY int BatchResult(const Library& lib, COVReportManager& manager, const std::string& thrown) {
@@ -229,8 +231,10 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
         return Stop(kExitBadInput, "--answers: " + args.answers + ": " + error);
       }
     }
+    // The quick-study wizard's study takes the short road: its one report, the short dialog.
+    const bool quick = creating && !args.loadCases && host.ZephraGetAnalysisWizardState() != 0;
     // The report dialog starts with the output folder, and shows the document as --open says.
-    if (creating && (!answers.empty() || args.loadCases)) {
+    if (creating && (!answers.empty() || args.loadCases || quick)) {
       options->SetReportPublishOption(1);
       options->SetReportFolder(CString(outFolder.string()));
       options->ShowReportOnPublish(args.open ? 1 : 0);
@@ -256,6 +260,8 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
                                        (archive.fromFile ? archive.path : args.study + " (it has no report archive yet)"));
       }
     }
+    // The quick road opens its document whatever the header says: only --open hands it on.
+    if (lib.setDocumentOpener && !args.open) lib.setDocumentOpener(&OpenNothing);
     TerminalProgress progress(g_interrupted, stderr, isatty(STDERR_FILENO) != 0, isatty(STDIN_FILENO) != 0);
     if (lib.setFrontEnd) lib.setFrontEnd(manager, &progress);
     std::signal(SIGINT, OnInterrupt);
@@ -269,7 +275,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       if (args.loadCases) manager->CreateLoadCaseReports(cases);
       else if (args.command == "edit") manager->EditReport(CString(args.report));
       else if (args.command == "publish") manager->PublishReport(CString(args.report));
-      else if (answers.empty()) manager->CreateReport(folder, name, args.open ? 1 : 0);
+      else if (answers.empty() && !quick) manager->CreateReport(folder, name, args.open ? 1 : 0);
       else manager->CreateReport();
     } catch (const std::exception& e) {
       // What a run lets pass reaches the add-in; the report stays without a document.
@@ -282,7 +288,10 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     std::signal(SIGTERM, SIG_DFL);
     if (lib.setFrontEnd) lib.setFrontEnd(manager, nullptr);
 
-    COVReport* report = named ? named : manager->m_reports.empty() ? nullptr : manager->m_reports.back();
+    COVReport* report = named                     ? named
+                        : manager->m_reports.empty() ? nullptr
+                        : quick                      ? manager->m_reports.front()
+                                                     : manager->m_reports.back();
     const int dialogErrors = answers.empty() ? 0 : lib.dialogErrors(manager);
     const char16_t* reason = u"";
     int outcome = report && lib.runResult ? lib.runResult(report, &reason) : 0;

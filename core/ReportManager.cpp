@@ -391,6 +391,50 @@ void CZPReportManager::SetUpNewReport(CZPReport& report, CZPNewReportOptions& op
   report.SetHeaderInfo(header);
 }
 
+// ---- the quick study
+
+void CZPReportManager::CreateBreviaStudyReport() {
+  CZPNewReportOptions* options = CurrentOptions();
+  if (!options) return;
+  // The study's one report: the first of the list, made when there is none.
+  CZPReport* report = m_reports.empty() ? nullptr : dynamic_cast<CZPReport*>(m_reports.front());
+  const bool isNew = report == nullptr;
+  if (isNew) {
+    report = new CZPReport();
+    report->m_manager = this;
+    CZPNewReportFormat* format = options->GetFormatForBreviaStudy();
+    auto* header = new CZPReportHeaderInfo(*options->GetHeaderInfo());
+    report->m_reportName = GetNewReportName();
+    report->m_fileBaseName = GetOVModelName() + u"-" + report->m_reportName;
+    CString folder = Trimmed(options->GetReportFolder());
+    if (folder.IsEmpty()) folder = TempFolderPath();
+    header->SetReportFolderPath(folder);
+    report->SetFormat(format);
+    report->SetHeaderInfo(header);
+    format->m_outputType = 1;
+    m_reports.push_back(report);
+  }
+  report->SetOfficeVersionNumber(1);
+  if (report->m_officeVersion < 11) {
+    if (report->m_officeVersion != -1) ShowMessageById(55015);
+    return;
+  }
+  {
+    CZPBreviaReportDlg dialog(report, GetZephraHelpFilePath(), 1, DialogDriver());
+    if (dialog.DoModal() == IDCANCEL) return;
+  }
+  if (isNew) {
+    // The user's company data carry over to the next study.
+    delete options->m_headerInfo;
+    options->m_headerInfo = new CZPReportHeaderInfo(*report->m_headerInfo);
+    options->SaveFormats();
+  }
+  BuildDocumentPath(*report);
+  RefreshTree();
+  // The document opens whatever the header says.
+  if (m_study && Generate(*report)) ShellOpenDocument(report->m_documentPath);
+}
+
 // ---- load cases
 
 void CZPReportManager::CreateLoadCaseReports(CMapStringToString& cases) {

@@ -2,7 +2,6 @@
 // nothing yet: an included section keeps its template table with its tags, an excluded one
 // is cut by the driver as usual. Remove a stub here when its writer lands.
 #include "core/Report.h"
-#include "core/ReportManager.h"
 #include "model/Sections.h"
 
 // ---- model side
@@ -17,7 +16,3 @@ void CZPNewReportSectionBeams::UpdateDetailsInWordDoc(SelectionPtr /*selection*/
 void CZPNewReportSectionStudyResults::WritePressureVesselLinearizationData(SelectionPtr /*selection*/,
                                                                            const CString& /*scratchFolder*/,
                                                                            zphStudy* /*study*/) {}
-
-// ---- drivers of other kinds of report
-// The quick study's report: until it lands, the wizard's command does nothing.
-void CZPReportManager::CreateBreviaStudyReport() {}

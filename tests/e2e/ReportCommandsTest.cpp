@@ -167,3 +167,25 @@ TEST(ReportCommands, OneReportPerLoadCase) {
   EXPECT_EQ(r.code, 2);
   EXPECT_TRUE(Has(r.errors, "study.loadCases: the study has no load cases")) << r.errors;
 }
+
+TEST(ReportCommands, AQuickStudyKeepsOneReport) {
+  docxtest::TempDir work, out;
+  fs::copy(std::string(ZP_SOURCE_DIR) + "/examples/quick", work.File("quick"), fs::copy_options::recursive);
+  const std::string study = work.File("quick/study.json");
+  docxtest::WriteFile(work.File("short.json"), R"({"dialogs": {"13031": [
+      {"14320": "Checked through the short dialog", "12017": "The bracket carries the service load.", "press": 12087}]}})");
+  ProgramRun r = Zpreport(work, "generate " + study + " --out " + out.Path() + " --keep --answers " + work.File("short.json"));
+  ASSERT_EQ(r.code, 0) << r.errors;
+  const std::string document = out.File("Bracket-Quick 1-1.docx");
+  EXPECT_EQ(r.out, document + "\n");
+  const std::string body = docxtest::BodyText(document);
+  EXPECT_TRUE(Has(body, "Checked through the short dialog"));
+  EXPECT_TRUE(Has(body, "The bracket carries the service load"));
+  EXPECT_TRUE(fs::exists(work.File("data/zpreport/studyReportFormats"))) << "the first report's header is kept for the next study";
+  // The next command takes the same report again and writes its document anew.
+  r = Zpreport(work, "generate " + study + " --out " + out.Path() + " --keep");
+  ASSERT_EQ(r.code, 0) << r.errors;
+  EXPECT_EQ(r.out, document + "\n");
+  EXPECT_EQ(Zpreport(work, "list " + study).out, "Quick 1-1\t" + document + "\n");
+  EXPECT_TRUE(Has(docxtest::BodyText(document), "Checked through the short dialog"));
+}
