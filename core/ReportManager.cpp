@@ -172,6 +172,19 @@ void CZPReportManager::Serialize(CArchive& archive) {
   }
 }
 
+// Removes a report's document. The path comes from the study's archive, which anybody may have
+// written: only a file with the extension of a report document is removed.
+static void RemoveReportDocument(const CString& path) {
+  const int dot = path.ReverseFind(u'.');
+  CString extension = dot >= 0 ? path.Mid(dot) : CString();
+  extension.MakeLower();
+  for (const char16_t* ours : {u".docx", u".doc", u".htm", u".pdf"})
+    if (extension == ours) {
+      RemoveFileIfPresent(path);
+      return;
+    }
+}
+
 // Installs copies of the options' format for the study type and of its header.
 static void InstallCopies(CZPNewReportOptions& options, int studyType, CZPNewReportFormat*& format,
                           CZPReportHeaderInfo*& header);
@@ -179,7 +192,7 @@ static void InstallCopies(CZPNewReportOptions& options, int studyType, CZPNewRep
 // ---- reports made from other reports
 
 void CZPReportManager::Duplicate(COVReportManager* source) {
-  if (!source) return;
+  if (!source || source == this) return;
   COVReportManager::Duplicate(source);
   DeleteAllReports();
   auto* zpSource = dynamic_cast<CZPReportManager*>(source);
@@ -277,7 +290,7 @@ void CZPReportManager::DeleteReport(CString name) {
       break;
     }
   }
-  if (found && !path.IsEmpty()) RemoveFileIfPresent(path);
+  if (found && !path.IsEmpty()) RemoveReportDocument(path);
   RefreshTree();
 }
 
@@ -501,7 +514,7 @@ void CZPReportManager::DeleteLoadCaseReports(CString loadCaseName) {
       const CString path = report->m_documentPath;
       it = m_reports.erase(it);
       delete report;
-      if (!path.IsEmpty()) RemoveFileIfPresent(path);
+      if (!path.IsEmpty()) RemoveReportDocument(path);
     } else {
       ++it;
     }

@@ -221,4 +221,16 @@ TEST(ReportCopies, PasteDuplicateAndOlderReports) {
   EXPECT_EQ(old->m_headerInfo->m_reportFolder, CString(u"/old"));
   EXPECT_EQ(old->m_format->m_outputType, 1);
   EXPECT_EQ(old->m_format->m_analysisType, 0);
+
+  // Delete takes the document along, but never a file that is no report document, whatever
+  // the archive says.
+  docxtest::TempDir files;
+  for (const char* name : {"notes.txt", "R.docx"}) docxtest::WriteFile(files.File(name), "x");
+  old->m_documentPath = CString(files.File("notes.txt"));
+  f.manager.DeleteReport(u"Old");
+  EXPECT_EQ(f.manager.GetReportByName(u"Old"), nullptr);
+  EXPECT_TRUE(std::filesystem::exists(files.File("notes.txt")));
+  At(f.manager, 0)->m_documentPath = CString(files.File("R.docx"));
+  f.manager.DeleteReport(u"A");
+  EXPECT_FALSE(std::filesystem::exists(files.File("R.docx")));
 }
