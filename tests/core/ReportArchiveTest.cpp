@@ -3,8 +3,6 @@
 // duplicate, and the entry of an older release's report.
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "core/Report.h"
 #include "core/ReportManager.h"
 #include "model/Archive.h"
@@ -14,7 +12,6 @@
 #include "platform/host/fixture/FixtureHost.h"
 #include "platform/host/Utilities.h"
 #include "platform/system/MessageBox.h"
-#include "platform/system/Resources.h"
 #include "tests/model/ModelTestSupport.h"
 
 using zptest::Bytes;
@@ -117,7 +114,7 @@ TEST(ReportArchive, EachVersionLoadsItsLayoutAndStoresTheNewest) {
   }
 }
 
-TEST(ReportArchive, DamagedArchivesGiveWhatCouldBeRead) {
+TEST(ReportArchive, ATruncatedArchiveGivesTheWholeReportsBeforeTheCut) {
   const Bytes full = ManagerBytes(kNewestArchiveVersion, {{u"A", 0, 0, u""}, {u"B", 0, 1, u"Case 2"}, {u"C", 0, 0, u""}});
   std::size_t previous = 0;
   for (std::size_t cut = 0; cut < full.size(); cut += 5) {
@@ -133,17 +130,6 @@ TEST(ReportArchive, DamagedArchivesGiveWhatCouldBeRead) {
     EXPECT_EQ(again.m_reports.size(), n);
   }
   EXPECT_EQ(previous, 2u);
-  std::mt19937 random(16);
-  for (int round = 0; round < 300; ++round) {
-    Bytes bytes = full;
-    for (int flips = 0; flips < 4; ++flips) bytes[random() % bytes.size()] = static_cast<BYTE>(random());
-    CZPReportManager manager(nullptr);
-    Load(manager, bytes);
-    const Bytes stored = Store(manager);
-    CZPReportManager again(nullptr);
-    ASSERT_TRUE(Load(again, stored)) << round;
-    EXPECT_EQ(Store(again), stored) << round;
-  }
 }
 
 namespace {
@@ -174,38 +160,25 @@ struct Copies {
 
 }  // namespace
 
+// Names, documents and the numbering of copies go through the program in
+// tests/e2e/ReportCommandsTest.cpp; here what it can't see: images and the skipped entries.
 TEST(ReportCopies, PasteDuplicateAndOlderReports) {
   Copies f;
   ASSERT_TRUE(Load(f.manager, ManagerBytes(kNewestArchiveVersion, {{u"A", 0, 0, u""}, {u"L", 0, 1, u"Case"}})));
-  f.manager.m_copiedReports.AddTail(u"A");
-  f.manager.m_copiedReports.AddTail(u"L");        // a load case's report is not pasted
-  f.manager.m_copiedReports.AddTail(u"Missing");  // nor a name that is gone
-  f.manager.m_copiedReports.AddTail(u"A");
+  for (const char16_t* name : {u"L", u"Missing", u"A"}) f.manager.m_copiedReports.AddTail(name);
   f.manager.PasteReports();
   EXPECT_TRUE(f.manager.m_copiedReports.IsEmpty());
-  ASSERT_EQ(f.manager.m_reports.size(), 4u);
-  CZPReport* first = At(f.manager, 2);
-  EXPECT_EQ(first->m_reportName, CString(u"Copy of A"));
-  EXPECT_EQ(At(f.manager, 3)->m_reportName, CString(u"Copy of A{1}"));
-  // The copy keeps the source's file and document; its format and header are its own.
-  EXPECT_EQ(first->m_documentPath, CString(u"/reports/A.docx"));
-  EXPECT_EQ(first->m_format->m_name, CString(u"F-A"));
-  EXPECT_NE(first->m_format, At(f.manager, 0)->m_format);
-  EXPECT_TRUE(f.manager.m_images.front()->IsIncludedInReportSection(u"Copy of A{1}", 14));
+  ASSERT_EQ(f.manager.m_reports.size(), 3u) << "neither a load case's report nor a name that is gone";
+  EXPECT_NE(At(f.manager, 2)->m_format, At(f.manager, 0)->m_format);
+  EXPECT_TRUE(f.manager.m_images.front()->IsIncludedInReportSection(u"Copy of A", 14));
 
-  // A copied study of the same type takes every report, named after itself, without documents.
+  // A copied study moves the images' inclusions to the new names; one of another type takes
+  // the images only.
   CZPReportManager copy(f.host.Study());
   copy.Duplicate(&f.manager);
-  ASSERT_EQ(copy.m_reports.size(), 4u);
-  EXPECT_EQ(At(copy, 0)->m_reportName, CString(u"Copy-1"));
-  EXPECT_EQ(At(copy, 3)->m_reportName, CString(u"Copy-4"));
-  EXPECT_EQ(At(copy, 3)->m_fileBaseName, CString(u"Bracket-Copy-4"));
-  EXPECT_TRUE(At(copy, 0)->m_documentPath.IsEmpty());
+  ASSERT_EQ(copy.m_reports.size(), 3u);
   EXPECT_TRUE(copy.m_images.front()->IsIncludedInReportSection(u"Copy-1", 14));
   EXPECT_FALSE(copy.m_images.front()->IsIncludedInReportSection(u"A", 14));
-  copy.ShowReport(u"Copy-1");
-  EXPECT_EQ(f.box.Last().text, ZpCommonString(54989));
-  // One of another type takes the images only.
   FixtureHost other(MakeStudy(u"Other", 1));
   CZPReportManager otherType(other.Study());
   otherType.Duplicate(&f.manager);
