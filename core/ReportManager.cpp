@@ -364,11 +364,14 @@ void CZPReportManager::PublishReport(CString name) {
   const CString probePath = header.m_reportFolder + u"\\Temp" + MakeFileName(report->m_fileBaseName) +
                             report->DocumentExtension();
   CString finalPath = DocumentPathIn(header.m_reportFolder, *report);
+  // The probe: a file of that name made for writing and removed again. One that is there
+  // already is someone's file: it is opened without being cut, and left.
+  int locked = 0;
+  const bool probeExisted = FileProbe(probePath, locked);
   CFile probe;
-  if (probe.Open(probePath, CFile::modeCreate | CFile::modeWrite)) {
+  if (probe.Open(probePath, CFile::modeCreate | CFile::modeNoTruncate | CFile::modeWrite)) {
     probe.Close();
-    RemoveFileIfPresent(probePath);
-    int locked = 0;
+    if (!probeExisted) RemoveFileIfPresent(probePath);
     if (FileProbe(finalPath, locked)) {
       if (report->m_format->m_outputType == 1 && locked) {
         AskUser(ZpCommonString(55005), MB_OK);
