@@ -94,7 +94,8 @@ void TerminalProgress::TakeInterrupts(IRunBox& box, const RunBoxState& state) {
   m_seenInterrupts = count;
   // Nobody to answer, asked twice, or told to stop at once: yes without a question.
   const bool atOnce = !m_canAsk || added >= 2 || !state.question.IsEmpty();
-  if (state.question.IsEmpty()) box.Post(kIdcCancelReport);
+  // In a batch of load-case reports an interrupt stops the whole batch.
+  if (state.question.IsEmpty()) box.Post(state.cancelAllShown ? kIdcCancelAll : kIdcCancelReport);
   if (atOnce) Answer(box, IDYES);
 }
 

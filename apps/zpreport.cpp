@@ -3,6 +3,8 @@
 //
 //   zpreport generate STUDY.json --out DIR [--name NAME] [--answers FILE] [--library PATH] [--templates DIR]
 //   zpreport preferences --answers FILE [--library PATH]
+//   zpreport edit|publish STUDY.json NAME [--answers FILE] [--library PATH] [--templates DIR]
+//   zpreport list|show|delete|duplicate|paste ...   (apps/ReportCommands.h)
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -16,6 +18,8 @@
 #include <iostream>
 #include <sstream>
 
+#include "apps/ProgramKit.h"
+#include "apps/ReportCommands.h"
 #include "apps/StudyArchive.h"
 #include "apps/TerminalProgress.h"
 #include "apps/WebFrontEnd.h"
@@ -27,8 +31,11 @@
 #include "platform/host/Utilities.h"
 #include "platform/mfc/CArchive.h"
 #include "platform/mfc/CFile.h"
+#include "platform/mfc/CMapStringToString.h"
 
 namespace fs = std::filesystem;
+
+using namespace zpapp;
 
 namespace {
 
@@ -44,55 +51,9 @@ void OnInterrupt(int signal) {
   }
 }
 
-fs::path ExecutableFolder() {
-  std::error_code ec;
-  fs::path self = fs::read_symlink("/proc/self/exe", ec);
-  return ec ? fs::current_path() : self.parent_path();
-}
-
-struct Library {
-  void* handle = nullptr;
-  GetZPReportManagerObjectFn getManager = nullptr;
-  GetZPReportOptionsObjectFn getOptions = nullptr;
-  ZpSetRunBoxFrontEndFn setFrontEnd = nullptr;
-  ZpSetSectionChoiceFn setSectionChoice = nullptr;
-  ZpSetUserSectionFn setUserSection = nullptr;
-  ZpGetReportRunResultFn runResult = nullptr;
-  ZpSetDialogAnswersFn setDialogAnswers = nullptr;
-  ZpGetDialogErrorsFn dialogErrors = nullptr;
-  ZpRunPreferencePageFn runPreferencePage = nullptr;
-  ZpNewInteractiveDialogsFn newInteractive = nullptr;
-  ZpSetInteractiveDialogsFn setInteractive = nullptr;
-  ZpRunPreferencePageInteractiveFn runPreferencePageInteractive = nullptr;
-};
-
-bool LoadLibrary(const fs::path& path, Library& lib) {
-  lib.handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!lib.handle) {
-    std::cerr << "zpreport: cannot load " << path << ": " << dlerror() << "\n";
-    return false;
-  }
-  lib.getManager = reinterpret_cast<GetZPReportManagerObjectFn>(dlsym(lib.handle, "GetZPReportManagerObject"));
-  lib.getOptions = reinterpret_cast<GetZPReportOptionsObjectFn>(dlsym(lib.handle, "GetZPReportOptionsObject"));
-  lib.setFrontEnd = reinterpret_cast<ZpSetRunBoxFrontEndFn>(dlsym(lib.handle, "ZpSetRunBoxFrontEnd"));
-  lib.setSectionChoice = reinterpret_cast<ZpSetSectionChoiceFn>(dlsym(lib.handle, "ZpSetSectionChoice"));
-  lib.setUserSection = reinterpret_cast<ZpSetUserSectionFn>(dlsym(lib.handle, "ZpSetUserSection"));
-  lib.runResult = reinterpret_cast<ZpGetReportRunResultFn>(dlsym(lib.handle, "ZpGetReportRunResult"));
-  lib.setDialogAnswers = reinterpret_cast<ZpSetDialogAnswersFn>(dlsym(lib.handle, "ZpSetDialogAnswers"));
-  lib.dialogErrors = reinterpret_cast<ZpGetDialogErrorsFn>(dlsym(lib.handle, "ZpGetDialogErrors"));
-  lib.runPreferencePage = reinterpret_cast<ZpRunPreferencePageFn>(dlsym(lib.handle, "ZpRunPreferencePage"));
-  lib.newInteractive = reinterpret_cast<ZpNewInteractiveDialogsFn>(dlsym(lib.handle, "ZpNewInteractiveDialogs"));
-  lib.setInteractive = reinterpret_cast<ZpSetInteractiveDialogsFn>(dlsym(lib.handle, "ZpSetInteractiveDialogs"));
-  lib.runPreferencePageInteractive =
-      reinterpret_cast<ZpRunPreferencePageInteractiveFn>(dlsym(lib.handle, "ZpRunPreferencePageInteractive"));
-  if (!lib.getManager || !lib.getOptions) {
-    std::cerr << "zpreport: " << path << " does not export the report factory functions\n";
-    return false;
-  }
-  return true;
-}
-
 struct GenerateArgs {
+  std::string command = "generate";  // or edit, publish: a report of the study's archive again
+  std::string report;                // the report that edit and publish take
   std::string study;
   std::string out;
   std::string name;
@@ -102,23 +63,9 @@ struct GenerateArgs {
   std::string answers;  // the report dialog's answers: the dialog runs instead of being skipped
   bool interactive = false;  // the dialogs and the progress box as a page in a browser
   bool open = false;
+  bool keep = false;  // store the study's archive with the new report
+  bool loadCases = false;  // one report per load case of the study
 };
-
-// Exit codes of `zpreport generate`.
-enum ExitCode {
-  kExitGenerated = 0,
-  kExitBadInput = 2,       // the study file, an argument or the environment cannot be used; nothing written
-  kExitRunFailed = 3,      // the report run failed; no document was written
-  kExitCancelled = 4,      // the run was cancelled (Ctrl-C confirmed, or SIGTERM); nothing written
-  kExitIncomplete = 5,     // the document was written, but pictures of it could not be made
-  kExitInternal = 70,      // an error of the program itself
-};
-
-void Warn(const std::string& text) { std::fprintf(stderr, "zpreport: warning: %s\n", text.c_str()); }
-int Stop(int code, const std::string& text) {
-  std::fprintf(stderr, "zpreport: %s\n", text.c_str());
-  return code;
-}
 
 // The folder for temporary files must be usable: the run keeps the pictures it captures there.
 bool TempFolderUsable(std::string& why) {
@@ -161,10 +108,30 @@ bool ReadAnswers(const std::string& path, std::string& text, std::string& why) {
   return true;
 }
 
-// The library's classes are known here by their headers only: their run-time type data lives
-// in the library, so the checker of dynamic types (which would need it) is off where the
-// program calls them.
-#define ZP_CALLS_INTO_LIBRARY __attribute__((no_sanitize_undefined))
+void OpenNothing(const char16_t* /*path*/) {}
+
+// What became of a batch of load-case reports: the documents written on standard output, the
+// exit code of the whole.
+ZP_CALLS_INTO_LIBRARY int BatchResult(const Library& lib, COVReportManager& manager, const std::string& thrown) {
+  int total = 0, written = 0, stopped = 0;
+  for (COVReport* report : manager.m_reports) {
+    if (!report || report->m_isLoadCaseReport <= 0) continue;
+    ++total;
+    const int outcome = lib.runResult ? lib.runResult(report, nullptr) : 0;
+    if (outcome == 1) {
+      ++written;
+      std::printf("%s\n", NativePath(report->m_documentPath).c_str());
+    } else if (outcome == 0 || outcome == 3) {
+      ++stopped;
+    }
+  }
+  const std::string counted = std::to_string(written) + " of " + std::to_string(total) + " load-case reports were written";
+  if (total == 0) return Stop(kExitCancelled, "no load-case report was made" + (thrown.empty() ? "" : ": " + thrown));
+  if (written == total) return kExitGenerated;
+  if (written + stopped == total && thrown.empty())
+    return Stop(kExitCancelled, "stopped: " + counted + "; the others are listed without documents");
+  return Stop(kExitRunFailed, counted + (thrown.empty() ? "" : ": " + thrown));
+}
 
 ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   std::unique_ptr<FixtureStudy> study;
@@ -175,15 +142,20 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   }
   for (const std::string& warning : study->Data().warnings) Warn(args.study + ": " + warning);
 
-  if (args.out.empty()) return Stop(kExitBadInput, "--out: the output folder is empty");
-  const std::string outArg = OutputFolder(args.out);
-  if (outArg != args.out) Warn("--out: backslashes are read as folder separators: " + outArg);
+  // A new report goes to --out; edit and publish take the report's own folder.
+  const bool creating = args.command == "generate";
   std::error_code ec;
-  const fs::path outFolder = fs::absolute(outArg, ec).lexically_normal();
-  if (ec) return Stop(kExitBadInput, "--out: " + args.out + ": " + ec.message());
-  fs::create_directories(outFolder, ec);
-  if (!fs::is_directory(outFolder, ec))
-    return Stop(kExitBadInput, "cannot create the output folder " + outFolder.string() + (ec ? ": " + ec.message() : ""));
+  fs::path outFolder;
+  if (creating) {
+    if (args.out.empty()) return Stop(kExitBadInput, "--out: the output folder is empty");
+    const std::string outArg = OutputFolder(args.out);
+    if (outArg != args.out) Warn("--out: backslashes are read as folder separators: " + outArg);
+    outFolder = fs::absolute(outArg, ec).lexically_normal();
+    if (ec) return Stop(kExitBadInput, "--out: " + args.out + ": " + ec.message());
+    fs::create_directories(outFolder, ec);
+    if (!fs::is_directory(outFolder, ec))
+      return Stop(kExitBadInput, "cannot create the output folder " + outFolder.string() + (ec ? ": " + ec.message() : ""));
+  }
   std::string why;
   if (!TempFolderUsable(why)) return Stop(kExitBadInput, why);
   std::string answers;
@@ -211,7 +183,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
   lib.getOptions(strings.IsEmpty() ? nullptr : strings.GetString(), zpapp::kArchiveVersion, &options);
 
   // What a user would choose and type in the report dialog comes from the study file.
-  if (lib.setSectionChoice) {
+  if (creating && lib.setSectionChoice) {
     const StudyData& data = study->Data();
     const int studyType = study->GetStudyType();
     auto included = [&](int kind) { return data.excluded.count(kind) ? 0 : 1; };
@@ -246,6 +218,20 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const bool designStudy = host.Study()->Data().design.has_value();
     lib.getManager(designStudy ? nullptr : host.Study(), &manager);
     if (page) lib.setInteractive(manager, page.get());
+    CMapStringToString cases;
+    if (args.loadCases) {
+      const StudyData& data = host.Study()->Data();
+      std::string why;
+      if (designStudy || host.Study()->GetStudyType() != 0)
+        why = "study.type: load-case reports are made for static studies (type 0) only";
+      else if (data.loadCases.empty()) why = "study.loadCases: the study has no load cases";
+      if (!why.empty()) {
+        delete manager;
+        delete options;
+        return Stop(kExitBadInput, "--load-cases: " + args.study + ": " + why);
+      }
+      for (const CString& loadCase : data.loadCases) cases.SetAt(loadCase, loadCase);
+    }
     if (!answers.empty()) {
       char error[512] = {};
       if (!lib.setDialogAnswers(manager, answers.c_str(), error, sizeof error)) {
@@ -254,17 +240,37 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
         return Stop(kExitBadInput, "--answers: " + args.answers + ": " + error);
       }
     }
-    if (dialogs) {
-      // The report dialog starts with the output folder, and shows the document as --open says.
+    // The quick-study wizard's study takes the short road: its one report, the short dialog.
+    const bool quick = creating && !args.loadCases && host.ZephraGetAnalysisWizardState() != 0;
+    // The report dialog starts with the output folder, and shows the document as --open says.
+    if (creating && (dialogs || args.loadCases || quick)) {
       options->SetReportPublishOption(1);
       options->SetReportFolder(CString(outFolder.string()));
       options->ShowReportOnPublish(args.open ? 1 : 0);
     }
+    ManagerArchive archive;
     {
-      CMemFile file(zpapp::ManagerArchiveWithImages(host.Study()->Data()));
-      CArchive archive(&file, CArchive::load);
-      manager->Serialize(archive);
+      std::string problem;
+      if (!LoadManagerArchive(*manager, args.study, host.Study()->Data(), archive, problem)) {
+        delete manager;
+        delete options;
+        return Stop(kExitBadInput, problem);
+      }
+      if (archive.damaged) Warn(problem);
     }
+    COVReport* named = nullptr;
+    if (!creating) {
+      for (COVReport* r : manager->m_reports)
+        if (r && r->m_reportName == CString(args.report)) named = r;
+      if (!named) {
+        delete manager;
+        delete options;
+        return Stop(kExitBadInput, "no report named \"" + args.report + "\" in " +
+                                       (archive.fromFile ? archive.path : args.study + " (it has no report archive yet)"));
+      }
+    }
+    // The quick road opens its document whatever the header says: only --open hands it on.
+    if (lib.setDocumentOpener && !args.open) lib.setDocumentOpener(&OpenNothing);
     TerminalProgress progress(g_interrupted, stderr, isatty(STDERR_FILENO) != 0, isatty(STDIN_FILENO) != 0);
     std::unique_ptr<WebFrontEnd> web;
     if (page) {
@@ -287,7 +293,10 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const auto started = std::chrono::steady_clock::now();
     std::string thrown;
     try {
-      if (!dialogs) manager->CreateReport(folder, name, args.open ? 1 : 0);
+      if (args.loadCases) manager->CreateLoadCaseReports(cases);
+      else if (args.command == "edit") manager->EditReport(CString(args.report));
+      else if (args.command == "publish") manager->PublishReport(CString(args.report));
+      else if (!dialogs && !quick) manager->CreateReport(folder, name, args.open ? 1 : 0);
       else manager->CreateReport();
     } catch (const std::exception& e) {
       // What a run lets pass reaches the add-in; the report stays without a document.
@@ -300,15 +309,18 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     std::signal(SIGTERM, SIG_DFL);
     if (lib.setFrontEnd) lib.setFrontEnd(manager, nullptr);
 
-    COVReport* report = manager->m_reports.empty() ? nullptr : manager->m_reports.back();
+    COVReport* report = named                     ? named
+                        : manager->m_reports.empty() ? nullptr
+                        : quick                      ? manager->m_reports.front()
+                                                     : manager->m_reports.back();
     const int dialogErrors = answers.empty() ? 0 : lib.dialogErrors(manager);
     const char16_t* reason = u"";
     int outcome = report && lib.runResult ? lib.runResult(report, &reason) : 0;
-    std::string native = report ? ToUtf8(report->m_documentPath) : std::string();
-    for (char& c : native)
-      if (c == '\\') c = '/';
+    const std::string native = report ? NativePath(report->m_documentPath) : std::string();
     const std::string because = ToUtf8(reason ? std::u16string_view(reason) : std::u16string_view());
-    if (outcome == 1) {
+    if (args.loadCases) {
+      result = BatchResult(lib, *manager, thrown);
+    } else if (outcome == 1) {
       std::printf("%s\n", native.c_str());
       std::fprintf(stderr, "generated in %.2f s%s\n", seconds,
                    progress.CancelConfirmed() ? " (the cancel came after the last section: the report is complete)" : "");
@@ -320,11 +332,14 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
         result = kExitIncomplete;
       }
     } else if (dialogErrors > 0) {
-      result = Stop(kExitBadInput, "--answers: " + args.answers + ": the report dialog could not be answered as written (" +
+      result = Stop(kExitBadInput, "--answers: " + args.answers + ": the " + (args.command == "publish" ? "folder question" : "report dialog") + " could not be answered as written (" +
                                        std::to_string(dialogErrors) + " error(s) above): no report was written");
     } else if (dialogs && outcome == 0) {
-      result = Stop(kExitCancelled, std::string(page ? "the report dialog was closed" : "the answers closed the report dialog") +
+      const std::string dialog = args.command == "publish" ? "folder question" : "report dialog";
+      result = Stop(kExitCancelled, (page ? "the " + dialog + " was closed" : "the answers closed the " + dialog) +
                                         " without generating: no report was written");
+    } else if (!creating && outcome == 0) {
+      result = Stop(kExitCancelled, "the report was not generated: no report was written");
     } else if (outcome == 3) {
       result = Stop(kExitCancelled, "cancelled: no report was written");
     } else {
@@ -332,6 +347,17 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       text += !thrown.empty() ? thrown : !because.empty() ? because : std::string("the run did not finish");
       if (!native.empty() && fs::exists(native, ec)) text += " (the file " + native + " that was there already was left as it was)";
       result = Stop(kExitRunFailed, text);
+    }
+    // The report stays in the study's archive when asked, also when its run did not finish, as
+    // it stays in the study of the add-in.
+    if ((args.keep || !creating) && report) {
+      std::string warning, problem;
+      const bool stored = StoreManagerArchive(*manager, archive, warning, problem);
+      if (!warning.empty()) Warn(warning);
+      if (!stored) {
+        Warn(problem);
+        if (result == kExitGenerated || result == kExitIncomplete) result = kExitRunFailed;
+      }
     }
     if (web) {
       // The page shows how the run ended and offers the document until it is fetched.
@@ -408,7 +434,9 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer("Exit codes of generate: 0 generated; 2 the study file, an argument, the answers file or TMPDIR "
              "cannot be used (nothing written); 3 the run failed (nothing written); 4 cancelled; 5 written, but pictures are "
-             "missing; 70 an error of the program itself.");
+             "missing; 70 an error of the program itself. Exit codes of list, show, delete, duplicate and paste: 0 done; "
+             "2 the study file, its archive or a report name cannot be used (nothing changed); 3 the archive could not "
+             "be written (it stays as it was), or the report to show has no document.");
   GenerateArgs args;
   CLI::App* generate = app.add_subcommand("generate", "Generate the report of a study file");
   generate->add_option("study", args.study, "The study file or design study file (JSON)")->required();
@@ -422,6 +450,26 @@ int main(int argc, char** argv) {
                      "Show the report dialog and the progress in a browser (a local page whose address is printed)");
   generate->add_option("--answers", args.answers,
                        "Run the report dialog with the control values and buttons of this JSON file");
+  generate->add_flag("--load-cases", args.loadCases,
+                     "One report per load case of the study (study.loadCases), each generated with its case current");
+  generate->add_flag("--keep", args.keep,
+                     "Keep the report in the study's archive (the .reports file beside the study file)");
+  for (const char* command : {"edit", "publish"}) {
+    const bool edit = std::string(command) == "edit";
+    CLI::App* sub = app.add_subcommand(
+        command, edit ? "Change a report of the study's archive through the report dialog, and generate it when it says so"
+                      : "Generate a report of the study's archive again into its folder (the folder question when it "
+                        "can't be written)");
+    sub->add_option("study", args.study, "The study file (JSON); its reports are in the .reports file beside it")->required();
+    sub->add_option("name", args.report, "The report's name")->required();
+    sub->add_option("--answers", args.answers,
+                    edit ? "Run the report dialog with the control values and buttons of this JSON file"
+                         : "Answer the folder question and the message boxes from this JSON file");
+    sub->add_option("--library", args.library, "The report library (default: next to this program)");
+    sub->add_option("--templates", args.templates, "The folder of the templates (default: next to this program)");
+    sub->add_option("--strings", args.strings, "A language table of numbered texts");
+    sub->callback([&args, command] { args.command = command; });
+  }
   PreferencesArgs prefs;
   CLI::App* preferences =
       app.add_subcommand("preferences", "Change the stored report formats through the preference page");
@@ -429,8 +477,31 @@ int main(int argc, char** argv) {
   preferences->add_flag("--interactive", prefs.interactive, "Show the page in a browser (a local page whose address is printed)");
   preferences->add_option("--library", prefs.library, "The report library (default: next to this program)");
   preferences->add_option("--strings", prefs.strings, "A language table of numbered texts");
+  ReportCommandArgs commandArgs;
+  std::vector<CLI::App*> commands;
+  auto command = [&](const char* name, const char* what) {
+    CLI::App* sub = app.add_subcommand(name, what);
+    sub->add_option("study", commandArgs.study, "The study file (JSON); its reports are in the .reports file beside it")
+        ->required();
+    sub->add_option("--library", commandArgs.library, "The report library (default: next to this program)");
+    sub->add_option("--strings", commandArgs.strings, "A language table of numbered texts");
+    sub->callback([&commandArgs, name] { commandArgs.command = name; });
+    commands.push_back(sub);
+    return sub;
+  };
+  command("list", "List the reports of a study: name, document (- when none) and load case");
+  command("show", "Show a report's document (its path on standard output)")
+      ->add_option("name", commandArgs.names, "The report's name")->required()->expected(1);
+  commands.back()->add_flag("--open", commandArgs.open, "Hand the document to the desktop too");
+  command("delete", "Delete a report and its document")
+      ->add_option("name", commandArgs.names, "The report's name")->required()->expected(1);
+  command("duplicate", "Give a copied study the images and reports of its source; prints the new names")
+      ->add_option("--to", commandArgs.to, "The study file of the copy")->required();
+  command("paste", "Paste copies of reports into their study; prints the new names")
+      ->add_option("names", commandArgs.names, "The names of the reports copied")->required();
   CLI11_PARSE(app, argc, argv);
   try {
+    if (!commandArgs.command.empty()) return RunReportCommand(commandArgs);
     if (preferences->parsed()) return Preferences(prefs);
     return Generate(args);
   } catch (const std::exception& e) {

@@ -122,9 +122,9 @@ function(zp_add_fuzzers dir)
     get_filename_component(n ${f} NAME_WE)
     add_executable(fuzz_${n} ${f})
     target_link_options(fuzz_${n} PRIVATE -fsanitize=fuzzer,address,undefined)
-    # Fuzz targets reach the loaders only (archive, package, study file): they need neither the
-    # writers nor the driver.
-    target_link_libraries(fuzz_${n} PRIVATE zp_model zp_docx zp_fixturehost)
+    # Fuzz targets reach the loaders (archives, package, study file); the report manager's
+    # archive brings the report classes of zp_core.
+    target_link_libraries(fuzz_${n} PRIVATE zp_core zp_model zp_docx zp_fixturehost)
     set_property(GLOBAL APPEND PROPERTY ZP_FUZZ_TARGETS fuzz_${n})
   endforeach()
 endfunction()

@@ -11,6 +11,7 @@
 #include "model/Options.h"
 #include "model/Sections.h"
 #include "platform/docx/Engine.h"
+#include "core/ShellOpen.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Resources.h"
 #include "ui/InteractiveDialogDriver.h"
@@ -184,3 +185,10 @@ ZP_EXPORT int ZpRunPreferencePage(COVReportOptions* options, const char* answers
   return RunPreferencePage(options, *driver, driver.get(), error, errorSize);
 }
 
+
+ZP_EXPORT void ZpSetDocumentOpener(void (*opener)(const char16_t* path)) {
+  if (opener)
+    SetDocumentOpener([opener](const CString& path) { opener(path.GetString()); });
+  else
+    SetDocumentOpener(DocumentOpener());
+}

@@ -65,6 +65,10 @@ using ZpGetDialogErrorsFn = int (*)(COVReportManager* manager);
 // or carried out. Optional for the loader.
 using ZpRunPreferencePageFn = int (*)(COVReportOptions* options, const char* answers, char* error,
                                       std::size_t errorSize);
+
+// Replaces what opens a finished document (by default the desktop's program for it) by
+// `opener`, given the document's path; null puts the desktop's back. Optional for the loader.
+using ZpSetDocumentOpenerFn = void (*)(void (*opener)(const char16_t* path));
 }
 
 // The dialogs run for a user elsewhere (a page in a browser): the front end reads the state and

@@ -30,6 +30,37 @@ public:
   // after a load).
   void Serialize(CArchive& archive) override;
 
+  // ---- reports made from other reports
+  // For a copied study: the source's images, and a copy of each of its reports named after
+  // this study, without a document; none when both have studies of different types.
+  void Duplicate(COVReportManager* source) override;
+  // A copy of each report named in m_copiedReports (but load-case reports), named "Copy of"
+  // and the name, with its images; then the copied list is emptied.
+  void PasteReports() override;
+  // An entry for a report of an older release, from its four facts; nothing is converted.
+  void CreateReportFromOlderVersion(CString name, CString fileBaseName, CString folder,
+                                    CString documentPath) override;
+
+  // ---- commands on an existing report
+  // Opens the report's document; tells the user when there is none or Word holds it.
+  void ShowReport(CString name) override;
+  // Removes the report and its document.
+  void DeleteReport(CString name) override;
+  // The report dialog on an existing report; generates it when the dialog says so.
+  void EditReport(CString name) override;
+  // Generates the report again into its folder, asking before an old document is replaced; a
+  // folder that can't be written opens the folder question.
+  void PublishReport(CString name) override;
+
+  // ---- load cases of a static study
+  // One report per entry of `cases` (key: the label in the names, value: the load case), each
+  // a copy of the one the user sets up in the report dialog, made with its case current. The
+  // reports of an earlier batch go first. A stop-all from a progress box ends the batch: the
+  // remaining reports are listed without documents.
+  void CreateLoadCaseReports(CMapStringToString& cases) override;
+  // Removes the reports of that load case (all load cases when empty) and their documents.
+  void DeleteLoadCaseReports(CString loadCaseName) override;
+
   // ---- naming and lookup
   // The study's name; without a study the active design study's; else empty.
   CString GetStudyName();
@@ -65,6 +96,10 @@ private:
   // A new report with copies of the options' format for `studyType` and header, and the
   // Word version probed; null (and the report deleted) when Word is missing or too old.
   CZPReport* MakeReport(bool tellTooOld);
+  // Gives a new report of the dialog's road copies of the options' format for `studyType` and
+  // of its header, a new name, its file base name and the options' folder (trimmed; the
+  // temporary folder when empty).
+  void SetUpNewReport(CZPReport& report, CZPNewReportOptions& options, int studyType);
   // The image choices of a new report: every image, ticked.
   ImageChoiceArray AllImagesTicked();
   // Includes the ticked images in `report`, each in its own section.
@@ -75,6 +110,16 @@ private:
   int Generate(CZPReport& report);
   // Opens the document when the report's header says so.
   void ShowWhenAsked(CZPReport& report);
+  // Generates the report with its load case made current for the run (the normal state after
+  // it), and opens the document when the header says so.
+  void RunReport(CZPReport& report);
+  // A message box of the manager's own, shown through its dialog driver (as a box with no
+  // dialog behind it, id 0), so that answers files answer it too.
+  int AskUser(const CString& text, UINT flags);
+  // The report by name, with the Word version probed; null when there is no such report or
+  // Word is missing or too old (the user has been told).
+  CZPReport* ReportWithWord(const CString& name);
   // Folder, "\", file base name and the extension of the report's output type.
   static void BuildDocumentPath(CZPReport& report);
+  static CString DocumentPathIn(const CString& folder, CZPReport& report);
 };
