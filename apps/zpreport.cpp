@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <iostream>
 #include <sstream>
 
@@ -382,6 +383,65 @@ struct PreferencesArgs {
   std::string strings;
 };
 
+struct FormatsArgs {
+  std::string action;  // show, export, import
+  std::string file;
+  std::string library;
+};
+
+// The stored formats as JSON: shown, written to a file, or read from one into the formats file.
+ZP_CALLS_INTO_LIBRARY int Formats(const FormatsArgs& args) {
+  std::string json, why;
+  if (args.action == "import" && !ReadAnswers(args.file, json, why))
+    return Stop(kExitBadInput, "import: " + args.file + ": cannot be read");
+  const fs::path libraryPath = args.library.empty() ? ExecutableFolder() / "libzpreport.so" : fs::path(args.library);
+  Library lib;
+  if (!LoadLibrary(libraryPath, lib)) return kExitBadInput;
+  auto toJson = reinterpret_cast<ZpFormatsToJsonFn>(dlsym(lib.handle, "ZpFormatsToJson"));
+  auto fromJson = reinterpret_cast<ZpFormatsFromJsonFn>(dlsym(lib.handle, "ZpFormatsFromJson"));
+  if (!toJson || !fromJson) return Stop(kExitBadInput, libraryPath.string() + " cannot show or take formats as JSON");
+  COVReportOptions* options = nullptr;
+  lib.getOptions(nullptr, zpapp::kArchiveVersion, &options);
+  const std::unique_ptr<COVReportOptions> owned(options);
+  const std::string file = ToUtf8(zpUtilities_c::GetOVAppDataFolder()) + "/studyReportFormats";
+  if (args.action == "import") {
+    char error[512] = {};
+    const int taken = fromJson(options, json.c_str(), error, sizeof error);
+    if (taken == 0) return Stop(kExitBadInput, "import: " + args.file + ": " + error + " (the formats file is unchanged)");
+    if (taken < 0) return Stop(kExitRunFailed, std::string("import: ") + error);
+    std::printf("%s\n", file.c_str());
+    return kExitGenerated;
+  }
+  std::string text;
+  toJson(options, [](const char* data, std::size_t size, void* into) { static_cast<std::string*>(into)->append(data, size); },
+         &text);
+  text += "\n";
+  if (args.action == "show") {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return kExitGenerated;
+  }
+  // export: beside the file first, then renamed over it.
+  const fs::path target = fs::absolute(args.file);
+  const fs::path temporary = target.string() + ".partial";
+  {
+    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    if (!out.flush()) {
+      std::error_code ec;
+      fs::remove(temporary, ec);
+      return Stop(kExitRunFailed, "export: " + args.file + ": cannot be written");
+    }
+  }
+  std::error_code ec;
+  fs::rename(temporary, target, ec);
+  if (ec) {
+    fs::remove(temporary, ec);
+    return Stop(kExitRunFailed, "export: " + args.file + ": cannot be written");
+  }
+  std::printf("%s\n", target.string().c_str());
+  return kExitGenerated;
+}
+
 // The preference page of the options, answered from a file; the formats file is saved on OK.
 ZP_CALLS_INTO_LIBRARY int Preferences(const PreferencesArgs& args) {
   std::string answers, why;
@@ -499,8 +559,20 @@ int main(int argc, char** argv) {
       ->add_option("--to", commandArgs.to, "The study file of the copy")->required();
   command("paste", "Paste copies of reports into their study; prints the new names")
       ->add_option("names", commandArgs.names, "The names of the reports copied")->required();
+  FormatsArgs formatsArgs;
+  CLI::App* formats = app.add_subcommand("formats", "The stored report formats as JSON, every field named");
+  formats->require_subcommand(1);
+  formats->add_subcommand("show", "Print the formats")->callback([&] { formatsArgs.action = "show"; });
+  CLI::App* exportFormats = formats->add_subcommand("export", "Write the formats to a JSON file");
+  exportFormats->add_option("file", formatsArgs.file, "The JSON file")->required();
+  exportFormats->callback([&] { formatsArgs.action = "export"; });
+  CLI::App* importFormats = formats->add_subcommand("import", "Replace the formats by those of a JSON file");
+  importFormats->add_option("file", formatsArgs.file, "The JSON file")->required();
+  importFormats->callback([&] { formatsArgs.action = "import"; });
+  formats->add_option("--library", formatsArgs.library, "The report library (default: next to this program)");
   CLI11_PARSE(app, argc, argv);
   try {
+    if (formats->parsed()) return Formats(formatsArgs);
     if (!commandArgs.command.empty()) return RunReportCommand(commandArgs);
     if (preferences->parsed()) return Preferences(prefs);
     return Generate(args);

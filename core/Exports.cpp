@@ -8,6 +8,7 @@
 #include "core/ReportManager.h"
 #include "core/RunFlags.h"
 #include "model/Archive.h"
+#include "model/FormatsJson.h"
 #include "model/Options.h"
 #include "model/Sections.h"
 #include "platform/docx/Engine.h"
@@ -191,4 +192,36 @@ ZP_EXPORT void ZpSetDocumentOpener(void (*opener)(const char16_t* path)) {
     SetDocumentOpener([opener](const CString& path) { opener(path.GetString()); });
   else
     SetDocumentOpener(DocumentOpener());
+}
+
+ZP_EXPORT int ZpFormatsToJson(COVReportOptions* options, void (*sink)(const char*, std::size_t, void*), void* context) {
+  auto* zpOptions = dynamic_cast<CZPNewReportOptions*>(options);
+  if (!zpOptions || !sink) return 0;
+  const std::string json = FormatsToJson(*zpOptions).dump(2);
+  sink(json.data(), json.size(), context);
+  return 1;
+}
+
+ZP_EXPORT int ZpFormatsFromJson(COVReportOptions* options, const char* json, char* error, std::size_t errorSize) {
+  auto* zpOptions = dynamic_cast<CZPNewReportOptions*>(options);
+  if (!zpOptions) {
+    CopyError("the options have no formats", error, errorSize);
+    return 0;
+  }
+  try {
+    FormatsFromJson(*zpOptions, nlohmann::json::parse(json ? json : ""));
+  } catch (const nlohmann::json::exception& e) {
+    CopyError(std::string("not JSON: ") + e.what(), error, errorSize);
+    return 0;
+  } catch (const FormatsJsonError& e) {
+    CopyError(e.what(), error, errorSize);
+    return 0;
+  }
+  try {
+    zpOptions->SaveFormats();
+  } catch (const std::exception& e) {
+    CopyError(std::string("the formats file could not be written: ") + e.what(), error, errorSize);
+    return -1;
+  }
+  return 1;
 }

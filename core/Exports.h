@@ -97,3 +97,14 @@ using ZpSetInteractiveDialogsFn = int (*)(COVReportManager* manager, IZpInteract
 using ZpRunPreferencePageInteractiveFn = int (*)(COVReportOptions* options, IZpInteractiveDialogs* dialogs,
                                                  char* error, std::size_t errorSize);
 }
+
+extern "C" {
+// The stored formats as JSON with every field named (what FormatsToJson writes), handed to
+// `sink` in one piece. Returns 1; 0 for options of another kind. Optional for the loader.
+using ZpFormatsToJsonFn = int (*)(COVReportOptions* options, void (*sink)(const char* json, std::size_t size, void* context),
+                                  void* context);
+// Replaces the stored formats by `json` and writes the formats file. Returns 1; 0 with the
+// field and the problem in `error` when the JSON cannot be taken, and then nothing changes;
+// -1 when the file could not be written. Optional for the loader.
+using ZpFormatsFromJsonFn = int (*)(COVReportOptions* options, const char* json, char* error, std::size_t errorSize);
+}

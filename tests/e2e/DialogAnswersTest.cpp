@@ -91,3 +91,40 @@ TEST(DialogAnswers, PreferencesThenAReportDialogShapeTheDocument) {
   EXPECT_EQ(RunProgram("generate " + study + " --out " + none.Path() + " --answers " + work.File("bad.json"), data, errors), 2);
   EXPECT_TRUE(Has(errors, "dialog 13028: a list of steps")) << errors;
 }
+
+// The formats as JSON: exported, changed and imported, they shape the next report; a field
+// that cannot be taken is named and leaves the formats file as it was; the round trip keeps
+// the file byte for byte.
+TEST(FormatsCommand, ExportChangeImportShapesTheNextReport) {
+  docxtest::TempDir data, work, out;
+  const std::string study = WriteStudy(work);
+  std::string errors;
+  ASSERT_EQ(RunProgram("formats export " + work.File("formats.json"), data, errors), 0) << errors;
+  nlohmann::json formats = nlohmann::json::parse(std::ifstream(work.File("formats.json")));
+  ASSERT_EQ(RunProgram("formats import " + work.File("formats.json"), data, errors), 0) << errors;
+  const std::string stored = docxtest::FileBytes(data.File("zpreport/studyReportFormats"));
+  ASSERT_EQ(RunProgram("formats import " + work.File("formats.json"), data, errors), 0) << errors;
+  EXPECT_EQ(docxtest::FileBytes(data.File("zpreport/studyReportFormats")), stored);
+
+  formats["header"]["designerOn"] = 1;
+  formats["header"]["designer"] = "J. Imported";
+  formats["formats"][0]["sections"][1]["title"] = "Imported assumptions";
+  docxtest::WriteFile(work.File("changed.json"), formats.dump());
+  for (auto [field, value] : {std::pair<const char*, nlohmann::json>{"titel", "x"}, {"title", std::string(51, 'x')},
+                              {"included", "yes"}}) {
+    nlohmann::json bad = formats;
+    bad["formats"][2]["sections"][3][field] = value;
+    docxtest::WriteFile(work.File("bad.json"), bad.dump());
+    EXPECT_EQ(RunProgram("formats import " + work.File("bad.json"), data, errors), 2);
+    EXPECT_TRUE(Has(errors, std::string("formats[2].sections[3].") + field)) << errors;
+    EXPECT_EQ(docxtest::FileBytes(data.File("zpreport/studyReportFormats")), stored);
+  }
+  ASSERT_EQ(RunProgram("formats import " + work.File("changed.json"), data, errors), 0) << errors;
+  ASSERT_EQ(RunProgram("generate " + study + " --out " + out.Path() + " --name Imported", data, errors), 0) << errors;
+  std::string text = docxtest::BodyText(out.File("Bracket-Imported.docx"));
+  for (const std::string& part : docxtest::PartNames(out.File("Bracket-Imported.docx")))
+    if (part.rfind("word/header", 0) == 0 || part.rfind("word/footer", 0) == 0)
+      text += docxtest::PartText(out.File("Bracket-Imported.docx"), part);
+  EXPECT_TRUE(Has(text, "J. Imported"));
+  EXPECT_TRUE(Has(text, "Imported assumptions"));
+}
