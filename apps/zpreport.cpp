@@ -402,11 +402,11 @@ ZP_CALLS_INTO_LIBRARY int Formats(const FormatsArgs& args) {
   if (!toJson || !fromJson) return Stop(kExitBadInput, libraryPath.string() + " cannot show or take formats as JSON");
   COVReportOptions* options = nullptr;
   lib.getOptions(nullptr, zpapp::kArchiveVersion, &options);
-  const std::unique_ptr<COVReportOptions> owned(options);
   const std::string file = ToUtf8(zpUtilities_c::GetOVAppDataFolder()) + "/studyReportFormats";
   if (args.action == "import") {
     char error[512] = {};
     const int taken = fromJson(options, json.c_str(), error, sizeof error);
+    delete options;
     if (taken == 0) return Stop(kExitBadInput, "import: " + args.file + ": " + error + " (the formats file is unchanged)");
     if (taken < 0) return Stop(kExitRunFailed, std::string("import: ") + error);
     std::printf("%s\n", file.c_str());
@@ -415,6 +415,7 @@ ZP_CALLS_INTO_LIBRARY int Formats(const FormatsArgs& args) {
   std::string text;
   toJson(options, [](const char* data, std::size_t size, void* into) { static_cast<std::string*>(into)->append(data, size); },
          &text);
+  delete options;
   text += "\n";
   if (args.action == "show") {
     std::fwrite(text.data(), 1, text.size(), stdout);
