@@ -17,9 +17,11 @@ namespace zpapp {
 namespace {
 
 // The documents that the report library asked to open during this command.
-std::vector<std::string> g_opened;
 
-void RecordOpened(const char16_t* path) { g_opened.push_back(NativePath(CString(path ? path : u""))); }
+// Records the documents a manager opens, into the vector of strings `context` points to.
+void RecordOpened(void* context, const char16_t* path) {
+  static_cast<std::vector<std::string>*>(context)->push_back(NativePath(CString(path ? path : u"")));
+}
 
 // One study file with its host and its report manager, the manager read from the study's archive.
 class StudySession {
@@ -114,15 +116,15 @@ ZP_CALLS_INTO_LIBRARY int List(StudySession& session) {
 ZP_CALLS_INTO_LIBRARY int Show(StudySession& session, Library& lib, const std::string& name, bool open) {
   if (!session.Find(name)) return kExitBadInput;
   if (!lib.setDocumentOpener) return Stop(kExitBadInput, "this report library cannot say which document it opens");
-  g_opened.clear();
-  lib.setDocumentOpener(&RecordOpened);
+  std::vector<std::string> opened;
+  lib.setDocumentOpener(&session.Manager(), &RecordOpened, &opened);
   session.Manager().ShowReport(CString(name));
-  lib.setDocumentOpener(nullptr);
-  if (g_opened.empty()) return Stop(kExitRunFailed, "the report \"" + name + "\" has no document to show");
-  std::printf("%s\n", g_opened.front().c_str());
+  lib.setDocumentOpener(&session.Manager(), nullptr, nullptr);
+  if (opened.empty()) return Stop(kExitRunFailed, "the report \"" + name + "\" has no document to show");
+  std::printf("%s\n", opened.front().c_str());
   if (open) {
-    const std::string command = "xdg-open '" + g_opened.front() + "' >/dev/null 2>&1 &";
-    if (g_opened.front().find('\'') != std::string::npos || std::system(command.c_str()) != 0)
+    const std::string command = "xdg-open '" + opened.front() + "' >/dev/null 2>&1 &";
+    if (opened.front().find('\'') != std::string::npos || std::system(command.c_str()) != 0)
       Warn("the document could not be handed to the desktop");
   }
   return 0;

@@ -109,7 +109,7 @@ bool ReadAnswers(const std::string& path, std::string& text, std::string& why) {
   return true;
 }
 
-void OpenNothing(const char16_t* /*path*/) {}
+void OpenNothing(void* /*context*/, const char16_t* /*path*/) {}
 
 // What became of a batch of load-case reports: the documents written on standard output, the
 // exit code of the whole.
@@ -271,7 +271,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       }
     }
     // The quick road opens its document whatever the header says: only --open hands it on.
-    if (lib.setDocumentOpener && !args.open) lib.setDocumentOpener(&OpenNothing);
+    if (lib.setDocumentOpener && !args.open) lib.setDocumentOpener(manager, &OpenNothing, nullptr);
     TerminalProgress progress(g_interrupted, stderr, isatty(STDERR_FILENO) != 0, isatty(STDIN_FILENO) != 0);
     std::unique_ptr<WebFrontEnd> web;
     if (page) {

@@ -187,11 +187,14 @@ ZP_EXPORT int ZpRunPreferencePage(COVReportOptions* options, const char* answers
 }
 
 
-ZP_EXPORT void ZpSetDocumentOpener(void (*opener)(const char16_t* path)) {
+ZP_EXPORT void ZpSetDocumentOpener(COVReportManager* manager, void (*opener)(void* context, const char16_t* path),
+                                   void* context) {
+  auto* zpManager = dynamic_cast<CZPReportManager*>(manager);
+  if (!zpManager) return;
   if (opener)
-    SetDocumentOpener([opener](const CString& path) { opener(path.GetString()); });
+    zpManager->SetDocumentOpener([opener, context](const CString& path) { opener(context, path.GetString()); });
   else
-    SetDocumentOpener(DocumentOpener());
+    zpManager->SetDocumentOpener(DocumentOpener());
 }
 
 ZP_EXPORT int ZpFormatsToJson(COVReportOptions* options, void (*sink)(const char*, std::size_t, void*), void* context) {

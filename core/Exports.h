@@ -68,7 +68,8 @@ using ZpRunPreferencePageFn = int (*)(COVReportOptions* options, const char* ans
 
 // Replaces what opens a finished document (by default the desktop's program for it) by
 // `opener`, given the document's path; null puts the desktop's back. Optional for the loader.
-using ZpSetDocumentOpenerFn = void (*)(void (*opener)(const char16_t* path));
+using ZpSetDocumentOpenerFn = void (*)(COVReportManager* manager, void (*opener)(void* context, const char16_t* path),
+                                      void* context);
 }
 
 // The dialogs run for a user elsewhere (a page in a browser): the front end reads the state and

@@ -275,7 +275,7 @@ void CZPReportManager::ShowReport(CString name) {
     ShowMessageText(path + ZpCommonString(54990));
     return;
   }
-  ShellOpenDocument(path);
+  OpenDocument(path);
 }
 
 void CZPReportManager::DeleteReport(CString name) {
@@ -448,7 +448,7 @@ void CZPReportManager::CreateBreviaStudyReport() {
   BuildDocumentPath(*report);
   RefreshTree();
   // The document opens whatever the header says.
-  if (m_study && Generate(*report)) ShellOpenDocument(report->m_documentPath);
+  if (m_study && Generate(*report)) OpenDocument(report->m_documentPath);
 }
 
 // ---- load cases
@@ -603,7 +603,7 @@ int CZPReportManager::Generate(CZPReport& report) {
 }
 
 void CZPReportManager::ShowWhenAsked(CZPReport& report) {
-  if (report.m_headerInfo->m_showOnPublish == 1) ShellOpenDocument(report.m_documentPath);
+  if (report.m_headerInfo->m_showOnPublish == 1) OpenDocument(report.m_documentPath);
 }
 
 static void InstallCopies(CZPNewReportOptions& options, int studyType,

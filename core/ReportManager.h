@@ -1,5 +1,6 @@
 #pragma once
 // CZPReportManager: the reports of one study, and the report commands of the study tree.
+#include "core/ShellOpen.h"
 #include <memory>
 
 #include "core/ImageChoice.h"
@@ -78,6 +79,12 @@ public:
   // Who runs the manager's dialogs: by default a user who presses each dialog's default
   // button; tests and unattended runs give a scripted driver.
   void SetDialogDriver(std::shared_ptr<IDialogDriver> driver) { m_dialogDriver = std::move(driver); }
+  // What opens finished documents for this manager; empty: the desktop.
+  void SetDocumentOpener(DocumentOpener opener) { m_documentOpener = std::move(opener); }
+  void OpenDocument(const CString& path) const {
+    if (m_documentOpener) m_documentOpener(path);
+    else ShellOpenDocument(path);
+  }
   IDialogDriver& DialogDriver();
 
   zphStudy* m_study = nullptr;
@@ -86,6 +93,7 @@ public:
 
 private:
   std::shared_ptr<IDialogDriver> m_dialogDriver;
+  DocumentOpener m_documentOpener;
 
   // The study type of the manager's study, 4 for an active design study; false when there
   // is neither.

@@ -4,16 +4,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <mutex>
-
 #include "platform/system/Paths.h"
 
 extern char** environ;
 
 namespace {
-std::mutex g_mutex;
-DocumentOpener g_opener;
-
 // Hands the file to xdg-open without waiting for the program it starts.
 void DesktopOpen(const CString& path) {
   const std::string file = NativePathUtf8(path);
@@ -27,19 +22,4 @@ void DesktopOpen(const CString& path) {
 }
 }  // namespace
 
-void ShellOpenDocument(const CString& path) {
-  DocumentOpener opener;
-  {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    opener = g_opener;
-  }
-  if (opener)
-    opener(path);
-  else
-    DesktopOpen(path);
-}
-
-void SetDocumentOpener(DocumentOpener opener) {
-  std::lock_guard<std::mutex> lock(g_mutex);
-  g_opener = std::move(opener);
-}
+void ShellOpenDocument(const CString& path) { DesktopOpen(path); }

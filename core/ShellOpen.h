@@ -4,10 +4,9 @@
 
 #include "platform/mfc/CString.h"
 
-// Opens `path` with the verb "open" in a normal window. Nothing when no opener is available.
+// Opens `path` with the verb "open" in a normal window, through the desktop. Nothing when the
+// desktop has no opener.
 void ShellOpenDocument(const CString& path);
 
-// Replaces the opener (tests record instead of opening); an empty function puts back the
-// desktop's. Returns nothing: the caller keeps its own copy if it wants to restore one.
+// What opens a finished document instead of the desktop (a program that records the path).
 using DocumentOpener = std::function<void(const CString& path)>;
-void SetDocumentOpener(DocumentOpener opener);
