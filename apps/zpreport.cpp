@@ -223,6 +223,8 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
       delete options;
       return Stop(kExitBadInput, "publish: " + args.study + ": a motion study's report is made again with edit");
     }
+    if (motionStudy && creating && !args.name.empty())
+      Warn("--name is not used for a motion study: its reports are numbered (Study 1-1, Study 1-2, ...)");
     lib.getManager(designStudy || motionStudy ? nullptr : host.Study(), &manager);
     if (page) lib.setInteractive(manager, page.get());
     CMapStringToString cases;

@@ -36,8 +36,10 @@ int CZPReport::CreateWordDocForMotionStudy(COVReportManager* manager, int motion
            r->GetActiveOptMotionStudyResultsVariables(sel, folder, motionStudyId, modelName, studyName);
        }},
       {kSectionResultSummary, u"<Header_ResultSummary/>", nullptr, nullptr, u"<Header_ResultSummary/>",
-       [](CZPNewReportSection* s, const SelectionPtr& sel, const CString& folder, zphStudy*) {
-         if (auto* r = As<CZPNewReportSectionResultSummary>(s)) r->GetActiveOptResultsSummaryVariables(sel, folder);
+       // A copied format holds kind 18 as a plain section. The summary's writer reads no field of
+       // its section, so a summary of its own writes it.
+       [](CZPNewReportSection*, const SelectionPtr& sel, const CString& folder, zphStudy*) {
+         CZPNewReportSectionResultSummary().GetActiveOptResultsSummaryVariables(sel, folder);
        }},
   };
 

@@ -203,6 +203,7 @@ TEST(MotionReports, RefusalsNamesAndFolders) {
   docxtest::TempDir appData;
   zpUtilities_c::SetOVAppDataFolder(CString(appData.Path()));
   CZPNewReportOptions options;
+  options.m_headerInfo->m_publishOption = 1;
   StudyData data;
   data.modelName = u"Arm";
   data.motion = FixtureMotionStudy{u"Motion Study 1", 1, {}};
