@@ -217,13 +217,22 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     // A design study has no study object: the manager gets none, and its report is the design
     // session's.
     const bool designStudy = host.Study()->Data().design.has_value();
-    lib.getManager(designStudy ? nullptr : host.Study(), &manager);
+    // Neither has a motion study: its report is made from the motion template, in the short
+    // report dialog.
+    const bool motionStudy = host.Study()->Data().motion.has_value();
+    if (motionStudy && args.command == "publish") {
+      delete options;
+      return Stop(kExitBadInput, "publish: " + args.study + ": a motion study's report is made again with edit");
+    }
+    if (motionStudy && creating && !args.name.empty())
+      Warn("--name is not used for a motion study: its reports are numbered (Study 1-1, Study 1-2, ...)");
+    lib.getManager(designStudy || motionStudy ? nullptr : host.Study(), &manager);
     if (page) lib.setInteractive(manager, page.get());
     CMapStringToString cases;
     if (args.loadCases) {
       const StudyData& data = host.Study()->Data();
       std::string why;
-      if (designStudy || host.Study()->GetStudyType() != 0)
+      if (designStudy || motionStudy || host.Study()->GetStudyType() != 0)
         why = "study.type: load-case reports are made for static studies (type 0) only";
       else if (data.loadCases.empty()) why = "study.loadCases: the study has no load cases";
       if (!why.empty()) {
@@ -244,7 +253,7 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     // The quick-study wizard's study takes the short road: its one report, the short dialog.
     const bool quick = creating && !args.loadCases && host.ZephraGetAnalysisWizardState() != 0;
     // The report dialog starts with the output folder, and shows the document as --open says.
-    if (creating && (dialogs || args.loadCases || quick)) {
+    if (creating && (dialogs || args.loadCases || quick || motionStudy)) {
       options->SetReportPublishOption(1);
       options->SetReportFolder(CString(outFolder.string()));
       options->ShowReportOnPublish(args.open ? 1 : 0);
@@ -294,7 +303,14 @@ ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
     const auto started = std::chrono::steady_clock::now();
     std::string thrown;
     try {
+      const int motionStudyId = motionStudy ? host.Study()->Data().motion->id : 0;
       if (args.loadCases) manager->CreateLoadCaseReports(cases);
+      else if (motionStudy && args.command == "edit")
+        manager->EditMotionReport(CString(args.report), motionStudyId, CString());
+      else if (motionStudy)
+        // The host names the motion study's file; the report goes into its folder.
+        manager->CreateMotionReport(motionStudyId, folder + u"\\" + CString(fs::path(args.study).filename().string()),
+                                    CString(), name);
       else if (args.command == "edit") manager->EditReport(CString(args.report));
       else if (args.command == "publish") manager->PublishReport(CString(args.report));
       else if (!dialogs && !quick) manager->CreateReport(folder, name, args.open ? 1 : 0);
@@ -500,7 +516,7 @@ int main(int argc, char** argv) {
              "be written (it stays as it was), or the report to show has no document.");
   GenerateArgs args;
   CLI::App* generate = app.add_subcommand("generate", "Generate the report of a study file");
-  generate->add_option("study", args.study, "The study file or design study file (JSON)")->required();
+  generate->add_option("study", args.study, "The study file, design study file or motion study file (JSON)")->required();
   generate->add_option("--out", args.out, "The folder for the report")->required();
   generate->add_option("--name", args.name, "The report's name (default: the study's name)");
   generate->add_option("--library", args.library, "The report library (default: next to this program)");

@@ -23,6 +23,8 @@ inline constexpr const char16_t* kStudyTemplate2007 = u"SimulationReportTemplate
 inline constexpr const char16_t* kStudyTemplate2003 = u"SimulationReportTemplate_2003.dot";
 inline constexpr const char16_t* kDesignTemplate2007 = u"SimulationReportTemplate_DStudy_2007.dotx";
 inline constexpr const char16_t* kDesignTemplate2003 = u"SimulationReportTemplate_DStudy_2003.dot";
+// A motion report has one template, whatever Word's version.
+inline constexpr const char16_t* kMotionTemplate = u"simulationreporttemplate_mstudy_2003.dotx";
 // The tag that every template must hold on its cover: InitWord proves searching with it.
 inline constexpr const char16_t* kMainModelImageTag = u"<Image_288pxW_MainModel/>";
 // The template table of inserted images.
@@ -55,6 +57,9 @@ public:
   int GenerateWordDoc(zphStudy* study, COVReportManager* manager);
   // The same for a design study, whose data comes from the host's design session.
   int GenerateWordDocForOptStudy(COVReportManager* manager);
+  // The same for a motion study of the host: description, results (the trace of the motion
+  // when motionStudyId is not 0) and result summary, from the motion template.
+  int CreateWordDocForMotionStudy(COVReportManager* manager, int motionStudyId);
   // The number of sections of the format whose m_included is 1.
   int GetTotalIncludedSections();
   // Removes the table that holds `tag`, with the paragraph it leaves behind.
@@ -106,9 +111,11 @@ private:
   // The middle of a run: the progress step of the header, `writeHeader`, the description, each
   // section of `walk` (written when included, else cut out) and the removal of the inserted
   // images' template. 1 when the user cancelled (Word is closed then). An error closes Word
-  // and passes on.
+  // and passes on. A motion report's walk writes its description in the motion form, no
+  // comments, and leaves the document's end alone: its template has no inserted images' table.
   int WriteSections(CThreadedRunMessageBox& box, const std::vector<WalkStep>& walk, COVReportManager* manager,
-                    const CString& scratchFolder, zphStudy* study, const std::function<void()>& writeHeader);
+                    const CString& scratchFolder, zphStudy* study, const std::function<void()>& writeHeader,
+                    bool motionReport = false);
   // The end of a run: table of contents, save into the report folder, the last progress step,
   // Word closed. 1 when the document was saved and Word closed.
   int SaveAndCloseWord(CThreadedRunMessageBox& box);

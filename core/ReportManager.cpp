@@ -1,5 +1,6 @@
 #include "core/ReportManager.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_map>
 
@@ -449,6 +450,76 @@ void CZPReportManager::CreateBreviaStudyReport() {
   RefreshTree();
   // The document opens whatever the header says.
   if (m_study && Generate(*report)) OpenDocument(report->m_documentPath);
+}
+
+// ---- motion studies
+
+void CZPReportManager::BuildMotionDocumentPath(CZPReport& report) {
+  report.m_documentPath = report.m_headerInfo->m_reportFolder + u"\\" + MakeFileName(report.m_fileBaseName) +
+                          (report.m_officeVersion < 12 ? u".doc" : u".docx");
+}
+
+void CZPReportManager::CreateMotionReport(int motionStudyId, CString folderOrFile, CString /*text*/,
+                                          CString /*reportName*/) {
+  CZPNewReportOptions* options = CurrentOptions();
+  if (!options) return;
+  std::unique_ptr<CZPReport> report(new CZPReport());
+  report->m_manager = this;
+  report->SetOfficeVersionNumber(1);
+  if (report->m_officeVersion < 12) {
+    if (report->m_officeVersion != -1) ShowMessageById(55065);
+    return;
+  }
+  CZPNewReportFormat* format = nullptr;
+  CZPReportHeaderInfo* header = nullptr;
+  InstallCopies(*options, 0, format, header);
+  report->m_reportName = GetNewMotionReportName();
+  report->m_fileBaseName = GetOVModelName() + u"-" + report->m_reportName;
+
+  // The folder of the file given (the host's model), or of the options' folder; a path with no
+  // folder in it gives the temporary folder.
+  CString folder = folderOrFile;
+  if (folder.IsEmpty() || folder == u" ") folder = options->GetReportFolder();
+  const int cut = std::max(folder.ReverseFind(u'\\'), folder.ReverseFind(u'/'));
+  folder = cut >= 0 ? folder.Left(cut) : CString();
+  folder.Trim();
+  if (folder.IsEmpty()) folder = TempFolderPath();
+  header->m_reportFolder = folder;
+
+  report->SetFormat(format);
+  report->SetHeaderInfo(header);
+  CZPReport* added = report.release();
+  m_reports.push_back(added);
+  {
+    CZPBreviaReportDlg dialog(added, GetZephraHelpFilePath(), 0, DialogDriver());
+    if (dialog.DoModal() == IDCANCEL) return;
+  }
+  BuildMotionDocumentPath(*added);
+  added->CreateWordDocForMotionStudy(this, motionStudyId);
+  // The document opens when asked, also when the run did not save it: the old one, if any.
+  ShowWhenAsked(*added);
+}
+
+void CZPReportManager::EditMotionReport(CString name, int motionStudyId, CString /*text*/) {
+  CZPReport* report = ReportWithWord(name);
+  if (!report) return;
+  {
+    CZPBreviaReportDlg dialog(report, GetZephraHelpFilePath(), 0, DialogDriver());
+    if (dialog.DoModal() == IDCANCEL) return;
+  }
+  BuildMotionDocumentPath(*report);
+  if (report->CreateWordDocForMotionStudy(this, motionStudyId)) ShowWhenAsked(*report);
+}
+
+void CZPReportManager::ShowMotionReport(CString name) {
+  m_copiedReports.RemoveAll();
+  CZPReport* report = GetReportByName(name);
+  if (!report) return;
+  if (report->m_documentPath.IsEmpty()) {
+    ShowMessageById(54989);
+    return;
+  }
+  ShellOpenDocument(report->m_documentPath);
 }
 
 // ---- load cases

@@ -53,6 +53,17 @@ public:
   // folder that can't be written opens the folder question.
   void PublishReport(CString name) override;
 
+  // ---- motion studies of the host: reports with a format of study type 0 and a template of
+  // their own, set up in the short report dialog. They need Word 2007 or later to be made.
+  // A new report named "Study 1-<i>", its folder the one of folderOrFile (a file's path; the
+  // options' report folder when empty), generated at once; the third and fourth arguments are
+  // not used.
+  void CreateMotionReport(int motionStudyId, CString folderOrFile, CString text, CString reportName) override;
+  // The short report dialog on an existing motion report; generates it on OK.
+  void EditMotionReport(CString name, int motionStudyId, CString text) override;
+  // Opens the motion report's document; tells the user when it has none.
+  void ShowMotionReport(CString name) override;
+
   // ---- load cases of a static study
   // One report per entry of `cases` (key: the label in the names, value: the load case), each
   // a copy of the one the user sets up in the report dialog, made with its case current. The
@@ -116,6 +127,8 @@ private:
   void RefreshTree();
   // Generates `report` (study or design study). 1 on success.
   int Generate(CZPReport& report);
+  // The motion report's document path, in its folder, for the Word version.
+  static void BuildMotionDocumentPath(CZPReport& report);
   // Opens the document when the report's header says so.
   void ShowWhenAsked(CZPReport& report);
   // Generates the report with its load case made current for the run (the normal state after

@@ -72,15 +72,19 @@ int CZPReport::StartWord(const char16_t* template2007, const char16_t* template2
 
 int CZPReport::WriteSections(CThreadedRunMessageBox& box, const std::vector<WalkStep>& walk,
                              COVReportManager* manager, const CString& scratchFolder, zphStudy* study,
-                             const std::function<void()>& writeHeader) {
+                             const std::function<void()>& writeHeader, bool motionReport) {
   try {
     if (IsUserCanceled(&box, u"Header Information")) return 1;
     writeHeader();
 
     if (CZPNewReportSection* description = m_format->GetSection(kSectionDescription)) {
       if (description->m_included != 0 && IsUserCanceled(&box, description->m_title)) return 1;
-      if (auto* d = dynamic_cast<CZPNewReportSectionDescription*>(description))
-        d->UpdateDescriptionInWordDoc(m_wordSelection);
+      if (auto* d = dynamic_cast<CZPNewReportSectionDescription*>(description)) {
+        if (motionReport)
+          d->UpdateDescriptionInMotionWordDoc(m_wordSelection);
+        else
+          d->UpdateDescriptionInWordDoc(m_wordSelection);
+      }
     }
 
     for (const WalkStep& step : walk) {
@@ -91,14 +95,16 @@ int CZPReport::WriteSections(CThreadedRunMessageBox& box, const std::vector<Walk
         if (IsUserCanceled(&box, section->m_title)) return 1;
         step.write(section, m_wordSelection, scratchFolder, study);
         AddInsertedImages(manager, step.contentTag, step.kind, CString());
-        section->UpdateCommentsInWordDoc(m_wordSelection, step.labelCommentsTag, step.commentsTag);
+        if (!motionReport) section->UpdateCommentsInWordDoc(m_wordSelection, step.labelCommentsTag, step.commentsTag);
       } else {
         DeleteSection(step.headerTag);
       }
     }
 
-    DeleteSection(kCustomImageTag);
-    m_wordSelection->TypeBackspace();
+    if (!motionReport) {
+      DeleteSection(kCustomImageTag);
+      m_wordSelection->TypeBackspace();
+    }
   } catch (const std::exception& e) {
     // Word is not left running behind an error that ends the run.
     FailRun(RunErrorReason(e));

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Writes the readable OOXML source of the study report template.
 
-Usage: scripts/gen-study-template.py [--design] [output-folder]
-Default output: templates/SimulationReportTemplate_2007.dotx, or with --design the
-design-study template templates/SimulationReportTemplate_DStudy_2007.dotx (which takes
-styles, theme and settings from the study template's folder).
+Usage: scripts/gen-study-template.py [--design | --motion] [output-folder]
+Default output: templates/SimulationReportTemplate_2007.dotx, with --design the
+design-study template templates/SimulationReportTemplate_DStudy_2007.dotx, with --motion the
+motion-study template templates/simulationreporttemplate_mstudy_2003.dotx (both take styles,
+theme and settings from the study template's folder).
 
 The XML under templates/ is what the build zips and what is reviewed; this
 script only saves typing when the layout changes. Run it, look at the diff,
@@ -772,12 +773,50 @@ DESIGN_TOC_PAGES = [3, 3, 3, 3, 3, 3, 4, 5, 5]
 GENERATED_PARTS = {"word/document.xml"}
 
 
+# ------------------------------------------------------- motion-study template ---
+# A motion report's page headers, footers and cover carry tags where the study template has
+# bracketed placeholders; it writes no comments and has no inserted images' table.
+MOTION = False
+
+
+def sec_motion_results():
+    rg = split(NEST_W, (5, 5, 3, 3))
+    labels = tbl(rg, [heading_row(rg, ["<L_SRName/>", "<L_SR_SelectedEntity/>", "<L_SRMin/>", "<L_SRMax/>"]),
+                      value_row(rg, [""] * 4)])
+    body = [p("<SR_TracePlotName/>", style="ZPTableLabel"), pic("<ImageCaption_TracePlot/>"), labels, blank()]
+    return section("<Header_StudyResults/>", body)
+
+
+def sec_motion_summary():
+    g = split(NEST_W, (4, 2, 2, 2, 2, 2))
+    half = [sum(g[:3]), sum(g[3:])]
+    # The blank behind the second group's tag belongs to the tag.
+    groups = tr(tc(half[0], th("<Label_Group1/>"), fill=LABEL_FILL, span=3),
+                tc(half[1], th("<Label_Group2/> "), fill=LABEL_FILL, span=3), header=True)
+    table = tbl(g, [groups,
+                    heading_row(g, ["<Col1_Header/>", "<Col2_Header/>", "<Col3_Header/>", "<Col4_Header/>",
+                                    "<Col5_Header/>", "<Col6_Header/>"]),
+                    value_row(g, ["<Result_Item/>"] + [""] * 5)])
+    return section("<Header_ResultSummary/>", [titled(table, "<Label_HeaderName/>"), blank()])
+
+
+MOTION_SECTIONS = [
+    ("Description", sec_description),
+    ("Study Results", sec_motion_results),
+    ("Result Summary", sec_motion_summary),
+]
+MOTION_TOC_PAGES = [3, 3, 3]
+
+
 # ------------------------------------------------------------------ cover ---
 def cover():
     g = [3000, 5000]
     rows = []
-    for label, value in (("<Label_Date/>", "<Published_Date/>"), ("<Label_Designer/>", "<Designer_Name/>"),
-                         ("<Label_StudyName/>", "<Study_Name/>"), ("<Label_StudyType/>", "<Study_Type/>")):
+    fields = (("<Label_Date/>", "<Published_Date/>"), ("<Label_Designer/>", "<Designer_Name/>"),
+              ("<Label_StudyName/>", "<Study_Name/>"), ("<Label_StudyType/>", "<Study_Type/>"))
+    if MOTION:
+        fields = fields[:2] + (("<Label_MotionStudyName/>", "<Study_Name/>"),)
+    for label, value in fields:
         rows.append(tr(tc(g[0], p(r(label, bold=True, color=NAVY), style="ZPCoverText")),
                        tc(g[1], p(label and value, style="ZPCoverText"))))
     info = tbl(g, rows, kind="grid", width_pct=False, jc="center")
@@ -831,7 +870,7 @@ def toc(sections=None, pages=None):
                w("docPartObj", None, w("docPartGallery", {"val": "Table of Contents"}), w("docPartUnique"))),
              w("sdtEndPr"),
              w("sdtContent", None,
-               p("Table of Contents", style="TOCHeading"),
+               p("<Label_TableofContents/>" if MOTION else "Table of Contents", style="TOCHeading"),
                *entries, end))
 
 
@@ -853,8 +892,9 @@ def document(sections=None, pages=None):
                            w("bookmarkEnd", {"id": i})]
         body.append(t)
         body.append(p())
-    body.append(image_template())
-    body.append(p())
+    if not MOTION:
+        body.append(image_template())
+        body.append(p())
     sect = w("sectPr", None,
              w("headerReference", {"type": "default", "r:id": "rIdHeaderDefault"}),
              w("headerReference", {"type": "first", "r:id": "rIdHeaderFirst"}),
@@ -879,16 +919,30 @@ def hdr_root(tag, *content):
     return E(tag, {"xmlns:w": W_NS, "xmlns:r": R_NS}, list(content))
 
 
+# The motion template's tags for the study template's placeholders.
+MOTION_PLACEHOLDERS = {
+    "[Large Company Logo]": "<Company_Logo/>", "[Sm Com Logo]": "<Company_Logo/>",
+    "[Company Name]": "<Company_Name/>", "[Company Address Line 1]": "<Company_Address_Line1/>",
+    "[Company Address Line 2]": "<Company_Address_Line2/>", "[Company Phone]": "<Company_Phone/>",
+    "[Company Fax]": "<Company_Fax/>", "[Company Email]": "<Company_Email/>",
+    "[Designer\u2019s Name]": "<Designer_Name/>", "[Date]": "<Published_Date/>",
+}
+
+
+def ph(placeholder):
+    return MOTION_PLACEHOLDERS[placeholder] if MOTION else placeholder
+
+
 def header_first():
     g = [4200, TEXT_W - 4200]
-    lines = [p(r("[Company Name]", bold=True, color=NAVY, size=20), style="Header", jc="right"),
-             p("[Company Address Line 1]", style="Header", jc="right"),
-             p("[Company Address Line 2]", style="Header", jc="right"),
-             p("[Company Phone]", style="Header", jc="right"),
-             p("[Company Fax]", style="Header", jc="right"),
-             p("[Company Email]", style="Header", jc="right")]
+    lines = [p(r(ph("[Company Name]"), bold=True, color=NAVY, size=20), style="Header", jc="right"),
+             p(ph("[Company Address Line 1]"), style="Header", jc="right"),
+             p(ph("[Company Address Line 2]"), style="Header", jc="right"),
+             p(ph("[Company Phone]"), style="Header", jc="right"),
+             p(ph("[Company Fax]"), style="Header", jc="right"),
+             p(ph("[Company Email]"), style="Header", jc="right")]
     inner = tbl([g[1] - 2 * CELL_MAR], [tr(tc(g[1] - 2 * CELL_MAR, *lines))], kind="none")
-    outer = tbl(g, [tr(tc(g[0], p("[Large Company Logo]", style="Header"), valign="center"),
+    outer = tbl(g, [tr(tc(g[0], p(ph("[Large Company Logo]"), style="Header"), valign="center"),
                        tc(g[1], inner))], kind="none")
     outer.children[0].children = [c if c.tag != "w:tblBorders" else w("tblBorders", None,
         w("top", {"val": "nil"}), w("left", {"val": "nil"}),
@@ -900,13 +954,13 @@ def header_first():
 
 def header_default():
     g = [2400, TEXT_W - 2400 - 2400, 2400]
-    mid = [p(r("[Designer\u2019s Name]", bold=True), style="Header", jc="center"),
-           p("[Company Name]", style="Header", jc="center"),
-           p("[Company Address Line 1]", style="Header", jc="center"),
-           p("[Company Address Line 2]", style="Header", jc="center")]
-    t = tbl(g, [tr(tc(g[0], p("[Sm Com Logo]", style="Header"), valign="center"),
+    mid = [p(r(ph("[Designer\u2019s Name]"), bold=True), style="Header", jc="center"),
+           p(ph("[Company Name]"), style="Header", jc="center"),
+           p(ph("[Company Address Line 1]"), style="Header", jc="center"),
+           p(ph("[Company Address Line 2]"), style="Header", jc="center")]
+    t = tbl(g, [tr(tc(g[0], p(ph("[Sm Com Logo]"), style="Header"), valign="center"),
                    tc(g[1], *mid, valign="center"),
-                   tc(g[2], p("[Date]", style="Header", jc="right"), valign="center"))], kind="none")
+                   tc(g[2], p(ph("[Date]"), style="Header", jc="right"), valign="center"))], kind="none")
     t.children[0].children = [c if c.tag != "w:tblBorders" else w("tblBorders", None,
         w("top", {"val": "nil"}), w("left", {"val": "nil"}),
         w("bottom", {"val": "single", "sz": 8, "space": "0", "color": NAVY}),
@@ -924,11 +978,15 @@ def field(instr, shown):
 
 
 def footer(page_numbers):
+    # The motion report's first page names the motion analysis; its running footer has the
+    # study template's tag.
+    label = "<Label_AnalyzedUsingOrvantaMotion/>" if MOTION and not page_numbers else \
+        "<Label_AnalyzedwithOrvantaSimulation/>"
     rule = w("pBdr", None, w("top", {"val": "single", "sz": 6, "space": "4", "color": NAVY}))
     tabs = [{"val": "right", "pos": TEXT_W}] if not page_numbers else \
         [{"val": "center", "pos": TEXT_W // 2 + 600}, {"val": "right", "pos": TEXT_W}]
     runs = [r("<Label_Simulationof/> <Model_Name/>"), w("r", None, w("tab")),
-            r("<Label_AnalyzedwithOrvantaSimulation/>")]
+            r(label)]
     if page_numbers:
         runs += [w("r", None, w("tab"))] + field("PAGE", "2")
     para = w("p", None, w("pPr", None, w("pStyle", {"val": "Footer"}), rule,
@@ -951,11 +1009,15 @@ def xml(root):
 def main():
     here = os.path.dirname(os.path.abspath(__file__))
     args = sys.argv[1:]
+    global MOTION
     design = "--design" in args
-    args = [a for a in args if a != "--design"]
+    MOTION = "--motion" in args
+    args = [a for a in args if a not in ("--design", "--motion")]
     study_folder = os.path.join(here, "..", "templates", "SimulationReportTemplate_2007.dotx")
-    if design:
-        out = args[0] if args else os.path.join(here, "..", "templates", "SimulationReportTemplate_DStudy_2007.dotx")
+    if design or MOTION:
+        kind = "Motion" if MOTION else "Design"
+        name = "simulationreporttemplate_mstudy_2003.dotx" if MOTION else "SimulationReportTemplate_DStudy_2007.dotx"
+        out = args[0] if args else os.path.join(here, "..", "templates", name)
         # styles, theme, settings and the package's relationships are the study template's
         for folder, _, files in os.walk(study_folder):
             for name in files:
@@ -965,11 +1027,14 @@ def main():
                 with open(os.path.join(folder, name), encoding="utf-8") as f:
                     text = f.read()
                 if rel.replace(os.sep, "/") == "docProps/core.xml":
-                    text = (text.replace("Simulation Study Report", "Design Study Report")
+                    text = (text.replace("Simulation Study Report", kind + " Study Report")
                                 .replace("Template of the simulation study report.",
-                                         "Template of the design study report."))
+                                         "Template of the " + kind.lower() + " study report."))
                 write(out, rel, text)
-        write(out, "word/document.xml", xml(document(DESIGN_SECTIONS, DESIGN_TOC_PAGES)))
+        if MOTION:
+            write(out, "word/document.xml", xml(document(MOTION_SECTIONS, MOTION_TOC_PAGES)))
+        else:
+            write(out, "word/document.xml", xml(document(DESIGN_SECTIONS, DESIGN_TOC_PAGES)))
     else:
         out = args[0] if args else study_folder
         write(out, "word/document.xml", xml(document()))

@@ -10,6 +10,7 @@
 #include "model/Options.h"
 #include "platform/host/fixture/FixtureHost.h"
 #include "platform/host/Utilities.h"
+#include "platform/system/FileHelpers.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Resources.h"
 #include "tests/core/CoreTestKit.h"
@@ -193,5 +194,64 @@ TEST(CreateReport, WithoutStudyOrDesignStudyNothingIsMade) {
   EXPECT_EQ(box.Count(), 1u);
   EXPECT_TRUE(manager.m_reports.empty());
   EXPECT_EQ(dialog->Runs(kReportDialogIdd), 0);
+  zpUtilities_c::SetOVAppDataFolder(CString());
+}
+
+// Motion reports: the Word they need, their names and folders, and a report whose short dialog
+// was cancelled, which stays listed with nothing to show.
+TEST(MotionReports, RefusalsNamesAndFolders) {
+  docxtest::TempDir appData;
+  zpUtilities_c::SetOVAppDataFolder(CString(appData.Path()));
+  CZPNewReportOptions options;
+  options.m_headerInfo->m_publishOption = 1;
+  StudyData data;
+  data.modelName = u"Arm";
+  data.motion = FixtureMotionStudy{u"Motion Study 1", 1, {}};
+  FixtureHost host(std::make_unique<FixtureStudy>(data));
+  host.SetReportOptions(&options);
+  HostScope scope(host);
+  ScopedMessageBox box;
+  CZPReportManager manager(nullptr);
+  auto driver = std::make_shared<ScriptedDialogDriver>();
+  manager.SetDialogDriver(driver);
+  const auto cancel = nlohmann::ordered_json::parse(R"({"press": "Cancel"})");
+
+  {
+    ScopedFakeWord word(WordOfVersion(u"11.0"));
+    manager.CreateMotionReport(1, u"C:\\a\\b\\c.sim", CString(), CString());
+    EXPECT_TRUE(manager.m_reports.empty());
+    EXPECT_EQ(box.Last().text, ZpCommonString(55065));
+    EXPECT_EQ(driver->Runs(kShortReportIdd), 0);
+  }
+  {
+    ScopedFakeWord word(WordOfVersion(u"12.0"));
+    for (const CString& folderOrFile : {CString(u"C:\\a\\b\\c.sim"), CString(u" "), CString(u"c.sim")}) {
+      driver->AddStep(kShortReportIdd, cancel);
+      options.m_headerInfo->m_reportFolder = u"  D:\\reports\\motion";
+      manager.CreateMotionReport(1, folderOrFile, CString(), CString());
+    }
+    ASSERT_EQ(manager.m_reports.size(), 3u);
+    const CString folders[] = {u"C:\\a\\b", u"D:\\reports", TempFolderPath()};
+    for (int n = 0; n < 3; ++n) {
+      const CString name = CString::Formatted(u"Study 1-%d", n + 1);
+      CZPReport* report = manager.GetReportByName(name);
+      ASSERT_NE(report, nullptr) << name.ToUtf8();
+      EXPECT_EQ(report->m_fileBaseName, CString(u"Arm-") + name);
+      EXPECT_EQ(report->m_headerInfo->m_reportFolder, folders[n]);
+      EXPECT_EQ(report->m_format->m_analysisType, 0);
+      EXPECT_TRUE(report->m_documentPath.IsEmpty());
+    }
+    const std::size_t boxes = box.Count();
+    manager.ShowMotionReport(u"Study 1-1");
+    EXPECT_EQ(box.Count(), boxes + 1);
+    EXPECT_EQ(box.Last().text, ZpCommonString(54989));
+  }
+  {
+    ScopedFakeWord word(WordOfVersion(u"10.0"));
+    manager.EditMotionReport(u"Study 1-2", 1, CString());
+    EXPECT_EQ(box.Last().text, ZpCommonString(55015));
+    EXPECT_EQ(driver->Runs(kShortReportIdd), 3) << "no dialog for an edit that Word refuses";
+    EXPECT_TRUE(manager.GetReportByName(u"Study 1-2")->m_documentPath.IsEmpty());
+  }
   zpUtilities_c::SetOVAppDataFolder(CString());
 }
