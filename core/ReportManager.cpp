@@ -519,7 +519,7 @@ void CZPReportManager::ShowMotionReport(CString name) {
     ShowMessageById(54989);
     return;
   }
-  ShellOpenDocument(report->m_documentPath);
+  OpenDocument(report->m_documentPath);
 }
 
 // ---- load cases
