@@ -47,26 +47,6 @@ void DropTableAndParagraph(const SelectionPtr& selection) {
   selection->Delete();
 }
 
-// Label/value records at the selected label tag of a two-column table: the first record at
-// the tags of the template row, every further one in a new row below.
-void WritePairs(const SelectionPtr& selection, const CStringList& list, const CString& valueTag) {
-  ListWalk walk(list);
-  const int records = list.GetCount() / 2;
-  for (int record = 0; record < records; ++record) {
-    const CString& label = walk.Next();
-    const CString& value = walk.Next();
-    if (record == 0) {
-      TypeString(selection, label);
-      Fill(selection, valueTag, value);
-      continue;
-    }
-    NewRow(selection);
-    TypeString(selection, label);
-    NextCell(selection);
-    TypeString(selection, value);
-  }
-}
-
 // The details heading and table go, then the controls', then the quality plots'.
 void DropSubsections(const SelectionPtr& selection) {
   const std::pair<const char16_t*, const char16_t*> blocks[] = {
@@ -182,12 +162,14 @@ void CZPNewReportSection::UpdateMeshInformationInWordDoc(SelectionPtr selection,
         DropSubsections(selection);
         return;
       }
-      WritePairs(selection, settings, kSettingsValueTag);
+      ListWalk settingsWalk(settings);
+      WritePairRows(selection, settingsWalk, settings.GetCount() / 2, kSettingsValueTag, false);
     }
 
     if (FindTag(selection, kDetailsLabelTag, 0)) {
       if (properties.GetCount() / 2 > 0) {
-        WritePairs(selection, properties, kDetailsValueTag);
+        ListWalk detailsWalk(properties);
+        WritePairRows(selection, detailsWalk, properties.GetCount() / 2, kDetailsValueTag, false);
         Fill(selection, kDetailsHeadingTag, ZpCommonString(50572) + u" - " + ZpCommonString(50736));
       } else {
         if (FindTag(selection, kDetailsHeadingTag, 0)) DropHeading(selection);

@@ -19,28 +19,6 @@ constexpr const char16_t* kUnitsHeaderTag = u"<Header_Units/>";
 constexpr const char16_t* kUnitsLabelTag = u"<Label_Unit/>";
 constexpr const char16_t* kUnitsValueTag = u"<Setting_Unit/>";
 
-// Writes `records` pairs of `walk` as rows of a two-column table. The selection holds the
-// label tag of the first row; the first value goes to `valueTag`, every further pair into a
-// new row below. `black` sets the font colour of the added rows.
-void WritePairRows(const SelectionPtr& selection, ListWalk& walk, int records, const CString& valueTag,
-                   bool black) {
-  for (int record = 0; record < records; ++record) {
-    const CString& label = walk.Next();
-    const CString& value = walk.Next();
-    if (record == 0) {
-      TypeString(selection, label);
-      Fill(selection, valueTag, value);
-      continue;
-    }
-    NewRow(selection);
-    if (black) Black(selection);
-    TypeString(selection, label);
-    NextCell(selection);
-    if (black) Black(selection);
-    TypeString(selection, value);
-  }
-}
-
 // The heading of a table that has been dropped goes with its paragraph.
 void DropHeading(const SelectionPtr& selection) {
   selection->Delete();

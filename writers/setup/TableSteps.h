@@ -154,4 +154,26 @@ private:
   POSITION m_pos;
 };
 
+// Writes `records` pairs of `walk` as rows of a two-column table. The selection holds the
+// label tag of the first row; the first value goes to `valueTag`, every further pair into a
+// new row below. `black` sets the font colour of the added rows.
+inline void WritePairRows(const SelectionPtr& selection, ListWalk& walk, int records, const CString& valueTag,
+                          bool black) {
+  for (int record = 0; record < records; ++record) {
+    const CString& label = walk.Next();
+    const CString& value = walk.Next();
+    if (record == 0) {
+      TypeString(selection, label);
+      Fill(selection, valueTag, value);
+      continue;
+    }
+    NewRow(selection);
+    if (black) Black(selection);
+    TypeString(selection, label);
+    NextCell(selection);
+    if (black) Black(selection);
+    TypeString(selection, value);
+  }
+}
+
 }  // namespace zpsteps
