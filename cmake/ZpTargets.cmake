@@ -67,7 +67,7 @@ function(zp_add_templates srcdir outdir)
   add_custom_target(zp_templates ALL DEPENDS ${outputs})
 endfunction()
 
-set(ZP_TEST_LIBS zp_core zp_model zp_docx zp_fixturehost zp_host zp_system zp_mfc zp_word)
+set(ZP_TEST_LIBS zp_core zp_model zp_docx zp_calculixhost zp_fixturehost zp_host zp_system zp_mfc zp_word)
 
 # Every folder below tests/ (but support/) is one GoogleTest executable.
 function(zp_add_test_suites dir)
