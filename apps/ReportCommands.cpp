@@ -9,6 +9,7 @@
 #include "apps/StudyArchive.h"
 #include "core/framework/COVReportManager.h"
 #include "model/framework/COVReportOptions.h"
+#include "apps/StudyInput.h"
 #include "platform/host/fixture/FixtureHost.h"
 #include "platform/host/fixture/StudyLoader.h"
 
@@ -36,12 +37,9 @@ public:
 
   // 0 when the study, its archive and its manager are ready; otherwise the exit code, said.
   ZP_CALLS_INTO_LIBRARY int Open(const std::string& studyFile, Library& lib, COVReportOptions* options, bool install) {
-    std::unique_ptr<FixtureStudy> study;
-    try {
-      study = LoadFixtureStudy(studyFile);
-    } catch (const StudyFileError& e) {
-      return Stop(kExitBadInput, e.what());
-    }
+    std::string loadError;
+    std::unique_ptr<FixtureStudy> study = LoadStudyInput(studyFile, std::string(), loadError);
+    if (!study) return Stop(kExitBadInput, loadError);
     m_studyFile = studyFile;
     m_host = std::make_unique<FixtureHost>(std::move(study));
     m_host->SetReportOptions(options);

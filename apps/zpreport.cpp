@@ -27,6 +27,7 @@
 #include "core/Exports.h"
 #include "core/framework/COVReportManager.h"
 #include "model/framework/COVReportOptions.h"
+#include "apps/StudyInput.h"
 #include "platform/host/fixture/FixtureHost.h"
 #include "platform/host/fixture/StudyLoader.h"
 #include "platform/host/Utilities.h"
@@ -62,6 +63,7 @@ struct GenerateArgs {
   std::string templates;
   std::string strings;
   std::string answers;  // the report dialog's answers: the dialog runs instead of being skipped
+  std::string units;    // the unit system of a CalculiX deck
   bool interactive = false;  // the dialogs and the progress box as a page in a browser
   bool open = false;
   bool keep = false;  // store the study's archive with the new report
@@ -135,12 +137,9 @@ ZP_CALLS_INTO_LIBRARY int BatchResult(const Library& lib, COVReportManager& mana
 }
 
 ZP_CALLS_INTO_LIBRARY int Generate(const GenerateArgs& args) {
-  std::unique_ptr<FixtureStudy> study;
-  try {
-    study = LoadFixtureStudy(args.study);
-  } catch (const StudyFileError& e) {
-    return Stop(kExitBadInput, e.what());
-  }
+  std::string loadError;
+  std::unique_ptr<FixtureStudy> study = LoadStudyInput(args.study, args.units, loadError);
+  if (!study) return Stop(kExitBadInput, loadError);
   for (const std::string& warning : study->Data().warnings) Warn(args.study + ": " + warning);
 
   // A new report goes to --out; edit and publish take the report's own folder.
@@ -516,7 +515,11 @@ int main(int argc, char** argv) {
              "be written (it stays as it was), or the report to show has no document.");
   GenerateArgs args;
   CLI::App* generate = app.add_subcommand("generate", "Generate the report of a study file");
-  generate->add_option("study", args.study, "The study file, design study file or motion study file (JSON)")->required();
+  generate->add_option("study", args.study,
+                       "The study file, design study file or motion study file (JSON), or a CalculiX input deck "
+                       "(.inp, read with the .frd and .dat beside it) or result file (.frd, with its deck beside it)")
+      ->required();
+  generate->add_option("--units", args.units, UnitsOptionHelp());
   generate->add_option("--out", args.out, "The folder for the report")->required();
   generate->add_option("--name", args.name, "The report's name (default: the study's name)");
   generate->add_option("--library", args.library, "The report library (default: next to this program)");
@@ -545,6 +548,7 @@ int main(int argc, char** argv) {
     sub->add_option("--library", args.library, "The report library (default: next to this program)");
     sub->add_option("--templates", args.templates, "The folder of the templates (default: next to this program)");
     sub->add_option("--strings", args.strings, "A language table of numbered texts");
+    sub->add_option("--units", args.units, UnitsOptionHelp());
     sub->callback([&args, command] { args.command = command; });
   }
   PreferencesArgs prefs;
