@@ -92,8 +92,8 @@ def bracket():
         out.write("*SOLID SECTION, ELSET=UPRIGHT, MATERIAL=ALUMINIUM_6061\n")
         out.write("*BOUNDARY\nBOLTED, 1, 3\n")
         out.write("*STEP\n*STATIC\n*CLOAD\n")
-        # 1,200 N in x spread over the top edge's nodes.
-        out.write(f"LOAD_EDGE, 1, {1200.0 / len(top):.6g}\n")
+        # 800 N in x spread over the top edge's nodes.
+        out.write(f"LOAD_EDGE, 1, {800.0 / len(top):.6g}\n")
         out.write("*DLOAD\nBASE_PLATE, GRAV, 9810., 0., 0., -1.\nUPRIGHT, GRAV, 9810., 0., 0., -1.\n")
         out.write("*NODE FILE\nU, RF\n*EL FILE\nS, E\n*NODE PRINT, NSET=BOLTED, TOTALS=ONLY\nRF\n*END STEP\n")
 
@@ -154,8 +154,8 @@ def block():
         out.write("*INITIAL CONDITIONS, TYPE=TEMPERATURE\nNALL, 293.\n")
         out.write("*STEP\n*HEAT TRANSFER, STEADY STATE\n1., 1.\n")
         out.write("*BOUNDARY\nCOLD_PLATE, 11, 11, 293.\n")
-        # 2 W/cm^2 = 20 mW/mm^2 on the patch on the top face (face 2 of a brick is its top).
-        out.write("*DFLUX\nHEATED, S2, 20.\n")
+        # 50 W/cm^2 = 500 mW/mm^2 on the patch on the top face (face 2 of a brick is its top).
+        out.write("*DFLUX\nHEATED, S2, 500.\n")
         out.write("*NODE FILE\nNT\n*EL FILE\nHFL\n*END STEP\n")
 
 

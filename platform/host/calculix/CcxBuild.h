@@ -50,6 +50,7 @@ struct BuildContext {
   NodeIndex elementIndex;  // deck element number -> index
   // The fixtures' node sets by name, for the reaction forces the results give.
   std::vector<std::pair<std::string, std::vector<int>>> fixtureNodes;
+  std::vector<bool> fixtureThermal;  // per fixture: it holds temperatures, not displacements
 
   // Node indices of the deck's mesh for the numbers given (unknown numbers left out).
   std::vector<std::uint32_t> NodesOf(const std::vector<int>& numbers) const;

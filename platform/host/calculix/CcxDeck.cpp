@@ -212,7 +212,17 @@ public:
       }
       std::string_view trimmed = Trim(line);
       if (trimmed.empty()) continue;
-      if (trimmed.size() >= 2 && trimmed[0] == '*' && trimmed[1] == '*') continue;
+      if (trimmed.size() >= 2 && trimmed[0] == '*' && trimmed[1] == '*') {
+        // The comments before the first keyword say what the deck is.
+        if (depth == 0 && !m_keywordSeen) {
+          std::string_view comment = Trim(trimmed.substr(2));
+          while (!comment.empty() && comment.front() == '*') comment = Trim(comment.substr(1));
+          if (!comment.empty() && m_deck.description.size() < 2000)
+            m_deck.description += (m_deck.description.empty() ? "" : " ") + std::string(comment);
+        }
+        continue;
+      }
+      m_keywordSeen = true;
       if (trimmed[0] == '*') {
         if (trimmed.back() == ',') {
           joined = std::string(trimmed);
@@ -812,6 +822,7 @@ private:
   bool m_generate = false;
   bool m_fixed = false;
   bool m_extraNodesNoted = false;
+  bool m_keywordSeen = false;
   std::string m_setName;
   std::string m_output;
   std::string m_interaction;

@@ -156,6 +156,7 @@ struct Interaction {
 struct Deck {
   std::string file;          // the deck's path as given
   std::string heading;       // the first line of *HEADING's data
+  std::string description;   // the comment lines that open the deck, joined with blanks
   Mesh mesh;
   // Sets, by upper-case name: node sets hold node numbers, element sets element numbers.
   std::map<std::string, std::vector<int>> nsets;

@@ -446,6 +446,7 @@ void AddFixture(BuildContext& c, const std::vector<const Boundary*>& lines, int 
                                          name, type));
   c.data.fixtures.push_back(std::move(item));
   c.fixtureNodes.emplace_back(name, numbers);
+  c.fixtureThermal.push_back(thermal);
 }
 
 void AddLoads(BuildContext& c, const LoadSet& loads, int step) {
@@ -751,6 +752,7 @@ void BuildModel(BuildContext& c) {
   c.data.studyType = StudyTypeOf(d, typeText);
   c.data.studyTypeText = Text(typeText);
   c.data.studyName = Text(d.heading.empty() ? typeText + " 1" : d.heading.substr(0, 80));
+  c.data.description = Text(d.description);
   bool solid = false, shell = false, beam = false;
   for (Shape s : d.mesh.shapes) {
     solid |= IsVolume(s);

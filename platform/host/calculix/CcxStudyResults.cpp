@@ -200,6 +200,7 @@ private:
     }
     const UnitSystem& u = c.units;
     for (std::size_t i = 0; i < c.fixtureNodes.size() && i < c.data.fixtures.size(); ++i) {
+      if (c.fixtureThermal[i]) continue;
       const Resultant r = Sum(*frd, *forces, &c.fixtureNodes[i].second);
       if (r.nodes == 0) continue;
       FixtureForces& out = c.data.fixtures[i].reactionForces;
@@ -207,7 +208,13 @@ private:
       out.forces = Row(InUnit("Reaction force", u.force), r.force);
       out.moments = Row(InUnit("Reaction Moment", u.moment), r.moment);
     }
-    const Resultant all = Sum(*frd, *forces, nullptr);
+    // The whole model's reaction: the forces at every node a mechanical fixture holds (the
+    // nodal forces elsewhere are the applied loads, which the reactions balance).
+    std::vector<int> held;
+    for (std::size_t i = 0; i < c.fixtureNodes.size() && i < c.data.fixtures.size(); ++i)
+      if (!c.fixtureThermal[i]) held.insert(held.end(), c.fixtureNodes[i].second.begin(), c.fixtureNodes[i].second.end());
+    if (held.empty()) return;
+    const Resultant all = Sum(*frd, *forces, &held);
     FixtureForces& model = c.data.reactionForces;
     model.present = true;
     model.forces = Row(u.force.empty() ? "-" : u.force, all.force);
@@ -221,6 +228,7 @@ private:
     double sum[3] = {0, 0, 0};
     bool any = false;
     for (std::size_t i = 0; i < c.fixtureNodes.size() && i < c.data.fixtures.size(); ++i) {
+      if (c.fixtureThermal[i]) continue;
       const std::string& name = c.fixtureNodes[i].first;
       const std::string set = name.substr(name.find('-') + 1);
       const auto tables = dat->Tables("total force", set);
