@@ -29,16 +29,6 @@ std::vector<std::uint32_t> Nodes(ccx::Mesh& mesh, const std::vector<std::array<d
   return ids;
 }
 
-std::size_t Add(ccx::Mesh& mesh, Shape shape, const std::vector<std::uint32_t>& ids) {
-  if (mesh.offsets.empty()) mesh.offsets.push_back(0);
-  mesh.elementNumbers.push_back(static_cast<int>(mesh.elementNumbers.size()) + 1);
-  mesh.shapes.push_back(shape);
-  mesh.types.push_back(0);
-  mesh.connectivity.insert(mesh.connectivity.end(), ids.begin(), ids.end());
-  mesh.offsets.push_back(static_cast<std::uint32_t>(mesh.connectivity.size()));
-  return mesh.ElementCount() - 1;
-}
-
 const std::vector<std::pair<int, int>> kHexMids = {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6},
                                                    {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}};
 const std::vector<std::pair<int, int>> kTetMids = {{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}};
@@ -67,22 +57,22 @@ double EnclosedVolume(const ccx::SurfaceMesh& s) {
 TEST(CcxGeometry, VolumesAreasAndLengthsOfUnitElements) {
   ccx::Mesh mesh;
   const auto cube = Cube();
-  const std::size_t hex8 = Add(mesh, Shape::Hex8, Nodes(mesh, cube));
-  const std::size_t hex20 = Add(mesh, Shape::Hex20, Nodes(mesh, cube, kHexMids));
+  const std::size_t hex8 = AddElement(mesh, Shape::Hex8, Nodes(mesh, cube));
+  const std::size_t hex20 = AddElement(mesh, Shape::Hex20, Nodes(mesh, cube, kHexMids));
   const std::vector<std::array<double, 3>> tet = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-  const std::size_t tet4 = Add(mesh, Shape::Tet4, Nodes(mesh, tet));
-  const std::size_t tet10 = Add(mesh, Shape::Tet10, Nodes(mesh, tet, kTetMids));
+  const std::size_t tet4 = AddElement(mesh, Shape::Tet4, Nodes(mesh, tet));
+  const std::size_t tet10 = AddElement(mesh, Shape::Tet10, Nodes(mesh, tet, kTetMids));
   const std::vector<std::array<double, 3>> wedge = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}};
-  const std::size_t wedge6 = Add(mesh, Shape::Wedge6, Nodes(mesh, wedge));
-  const std::size_t wedge15 = Add(mesh, Shape::Wedge15, Nodes(mesh, wedge, kWedgeMids));
+  const std::size_t wedge6 = AddElement(mesh, Shape::Wedge6, Nodes(mesh, wedge));
+  const std::size_t wedge15 = AddElement(mesh, Shape::Wedge15, Nodes(mesh, wedge, kWedgeMids));
   // A warped hexahedron: one top corner lifted; its trilinear volume is the mean height.
   auto warped = cube;
   warped[6][2] = 1.5;
-  const std::size_t hexWarped = Add(mesh, Shape::Hex8, Nodes(mesh, warped));
+  const std::size_t hexWarped = AddElement(mesh, Shape::Hex8, Nodes(mesh, warped));
   // Given upside down: inverted.
   auto flipped = cube;
   for (auto& p : flipped) p[2] = 1 - p[2];
-  const std::size_t hexInverted = Add(mesh, Shape::Hex8, Nodes(mesh, flipped));
+  const std::size_t hexInverted = AddElement(mesh, Shape::Hex8, Nodes(mesh, flipped));
 
   EXPECT_NEAR(ccx::ElementVolume(mesh, hex8), 1.0, 1e-12);
   EXPECT_NEAR(ccx::ElementVolume(mesh, hex20), 1.0, 1e-12);
@@ -95,17 +85,17 @@ TEST(CcxGeometry, VolumesAreasAndLengthsOfUnitElements) {
   EXPECT_TRUE(std::isnan(ccx::ElementArea(mesh, hex8)));
 
   const std::vector<std::array<double, 3>> square = {{0, 0, 0}, {2, 0, 0}, {2, 3, 0}, {0, 3, 0}};
-  const std::size_t quad4 = Add(mesh, Shape::Quad4, Nodes(mesh, square));
-  const std::size_t quad8 = Add(mesh, Shape::Quad8, Nodes(mesh, square, {{0, 1}, {1, 2}, {2, 3}, {3, 0}}));
-  const std::size_t tri6 = Add(mesh, Shape::Tri6, Nodes(mesh, {{0, 0, 0}, {2, 0, 0}, {0, 3, 0}}, {{0, 1}, {1, 2}, {2, 0}}));
+  const std::size_t quad4 = AddElement(mesh, Shape::Quad4, Nodes(mesh, square));
+  const std::size_t quad8 = AddElement(mesh, Shape::Quad8, Nodes(mesh, square, {{0, 1}, {1, 2}, {2, 3}, {3, 0}}));
+  const std::size_t tri6 = AddElement(mesh, Shape::Tri6, Nodes(mesh, {{0, 0, 0}, {2, 0, 0}, {0, 3, 0}}, {{0, 1}, {1, 2}, {2, 0}}));
   EXPECT_NEAR(ccx::ElementArea(mesh, quad4), 6.0, 1e-12);
   EXPECT_NEAR(ccx::ElementArea(mesh, quad8), 6.0, 1e-12);
   EXPECT_NEAR(ccx::ElementArea(mesh, tri6), 3.0, 1e-12);
   // A three-node line with its middle node given last, as some readers keep it.
-  const std::size_t line3 = Add(mesh, Shape::Line3, Nodes(mesh, {{0, 0, 0}, {4, 0, 0}, {2, 0, 0}}));
+  const std::size_t line3 = AddElement(mesh, Shape::Line3, Nodes(mesh, {{0, 0, 0}, {4, 0, 0}, {2, 0, 0}}));
   EXPECT_NEAR(ccx::ElementLength(mesh, line3), 4.0, 1e-12);
   // Bad connectivity measures nothing.
-  const std::size_t bad = Add(mesh, Shape::Tet4, {0, 1, 2, 999999});
+  const std::size_t bad = AddElement(mesh, Shape::Tet4, {0, 1, 2, 999999});
   EXPECT_TRUE(std::isnan(ccx::ElementVolume(mesh, bad)));
   EXPECT_TRUE(std::isnan(ccx::ComputeElementQuality(mesh, bad).jacobianRatio));
 }
@@ -114,16 +104,16 @@ TEST(CcxGeometry, QualityOfRegularDistortedAndInvertedElements) {
   ccx::Mesh mesh;
   const double h = std::sqrt(2.0 / 3.0), r = 1 / std::sqrt(3.0);
   const std::size_t regular =
-      Add(mesh, Shape::Tet10, Nodes(mesh, {{0, 0, 0}, {1, 0, 0}, {0.5, std::sqrt(0.75), 0}, {0.5, r / 2, h}}, kTetMids));
-  const std::size_t cube = Add(mesh, Shape::Hex20, Nodes(mesh, Cube(), kHexMids));
+      AddElement(mesh, Shape::Tet10, Nodes(mesh, {{0, 0, 0}, {1, 0, 0}, {0.5, std::sqrt(0.75), 0}, {0.5, r / 2, h}}, kTetMids));
+  const std::size_t cube = AddElement(mesh, Shape::Hex20, Nodes(mesh, Cube(), kHexMids));
   auto longCube = Cube();
   for (auto& p : longCube) p[0] *= 20;
-  const std::size_t stretched = Add(mesh, Shape::Hex8, Nodes(mesh, longCube));
+  const std::size_t stretched = AddElement(mesh, Shape::Hex8, Nodes(mesh, longCube));
   auto pushed = Cube();
   pushed[6] = {0.8, 0.8, 0.8};  // a corner pushed in: distorted, still valid
-  const std::size_t distorted = Add(mesh, Shape::Hex8, Nodes(mesh, pushed));
+  const std::size_t distorted = AddElement(mesh, Shape::Hex8, Nodes(mesh, pushed));
   pushed[6] = {0.1, 0.1, 0.1};  // pushed through the opposite corner's faces: inverted there
-  const std::size_t inverted = Add(mesh, Shape::Hex8, Nodes(mesh, pushed));
+  const std::size_t inverted = AddElement(mesh, Shape::Hex8, Nodes(mesh, pushed));
 
   const ccx::ElementQuality q = ccx::ComputeElementQuality(mesh, regular);
   EXPECT_NEAR(q.aspectRatio, 1.0, 1e-9);
@@ -140,11 +130,11 @@ TEST(CcxGeometry, QualityOfRegularDistortedAndInvertedElements) {
   // A curved mid-side node lowers a quadratic element's ratio.
   auto curvedNodes = Nodes(mesh, Cube(), kHexMids);
   mesh.coords[3 * curvedNodes[8] + 1] = 0.2;
-  const std::size_t curved = Add(mesh, Shape::Hex20, curvedNodes);
+  const std::size_t curved = AddElement(mesh, Shape::Hex20, curvedNodes);
   EXPECT_LT(ccx::ComputeElementQuality(mesh, curved).jacobianRatio, 0.9);
 
   ccxtest::AddBlock(mesh, 1, 1, 1);
-  const std::size_t line = Add(mesh, Shape::Line2, {0, 1});
+  const std::size_t line = AddElement(mesh, Shape::Line2, {0, 1});
   std::vector<ccx::ElementQuality> each;
   const ccx::QualitySummary s = ccx::SummarizeQuality(mesh, {}, &each);
   EXPECT_EQ(s.measured, mesh.ElementCount() - 1);
@@ -198,16 +188,16 @@ TEST(CcxGeometry, SurfaceOfMixedAndQuadraticMeshes) {
   // it sharing a quad face, a shell, a beam and a mass.
   ccx::Mesh mesh;
   const auto ids = Nodes(mesh, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}, {0.3, 0.3, 2}});
-  Add(mesh, Shape::Wedge6, {ids[0], ids[1], ids[2], ids[3], ids[4], ids[5]});
-  Add(mesh, Shape::Tet4, {ids[3], ids[4], ids[5], ids[6]});
+  AddElement(mesh, Shape::Wedge6, {ids[0], ids[1], ids[2], ids[3], ids[4], ids[5]});
+  AddElement(mesh, Shape::Tet4, {ids[3], ids[4], ids[5], ids[6]});
   const std::uint32_t far0 = AddNode(mesh, 1, 1, 0), far1 = AddNode(mesh, 1, 1, 1);
   // Collapsed hexahedron: the prism over (1,0,0) (1,1,0) (0,1,0), nodes repeated on one edge.
-  Add(mesh, Shape::Hex8, {ids[1], far0, ids[2], ids[2], ids[4], far1, ids[5], ids[5]});
+  AddElement(mesh, Shape::Hex8, {ids[1], far0, ids[2], ids[2], ids[4], far1, ids[5], ids[5]});
   const std::uint32_t s0 = AddNode(mesh, 5, 0, 0), s1 = AddNode(mesh, 6, 0, 0), s2 = AddNode(mesh, 6, 1, 0),
                       s3 = AddNode(mesh, 5, 1, 0), unused = AddNode(mesh, 9, 9, 9);
-  Add(mesh, Shape::Quad4, {s0, s1, s2, s3});
-  Add(mesh, Shape::Line2, {s1, AddNode(mesh, 8, 0, 0)});
-  Add(mesh, Shape::Point, {unused});
+  AddElement(mesh, Shape::Quad4, {s0, s1, s2, s3});
+  AddElement(mesh, Shape::Line2, {s1, AddNode(mesh, 8, 0, 0)});
+  AddElement(mesh, Shape::Point, {unused});
   const ccx::SurfaceMesh s = ccx::ExtractSurface(mesh);
   // Wedge: bottom + 2 outer quads (its third quad is shared) = 5; tetrahedron: 3; collapsed
   // hexahedron: bottom, top, 2 quads = 6; shell: 2.
@@ -217,8 +207,8 @@ TEST(CcxGeometry, SurfaceOfMixedAndQuadraticMeshes) {
   // Quadratic: one twenty-node brick, each face cut into six triangles through its mid-side
   // nodes; its edges run through them.
   ccx::Mesh quadratic;
-  Add(quadratic, Shape::Hex20, Nodes(quadratic, Cube(), kHexMids));
-  Add(quadratic, Shape::Tet10, Nodes(quadratic, {{3, 0, 0}, {4, 0, 0}, {3, 1, 0}, {3, 0, 1}}, kTetMids));
+  AddElement(quadratic, Shape::Hex20, Nodes(quadratic, Cube(), kHexMids));
+  AddElement(quadratic, Shape::Tet10, Nodes(quadratic, {{3, 0, 0}, {4, 0, 0}, {3, 1, 0}, {3, 0, 1}}, kTetMids));
   const ccx::SurfaceMesh q = ccx::ExtractSurface(quadratic);
   EXPECT_EQ(q.TriangleCount(), 6u * 6 + 4 * 4);
   EXPECT_EQ(q.edges.size() / 2, 12u * 2 + 6 * 2);

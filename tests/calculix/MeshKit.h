@@ -1,7 +1,6 @@
 #pragma once
 // Small meshes built in code for the CalculiX host's tests.
 #include <cstdint>
-#include <initializer_list>
 #include <vector>
 
 #include "platform/host/calculix/CcxMesh.h"
@@ -14,12 +13,12 @@ inline std::uint32_t AddNode(ccx::Mesh& mesh, double x, double y, double z) {
   return static_cast<std::uint32_t>(mesh.nodeNumbers.size() - 1);
 }
 
-inline std::size_t AddElement(ccx::Mesh& mesh, ccx::Shape shape, std::initializer_list<std::uint32_t> nodes) {
+inline std::size_t AddElement(ccx::Mesh& mesh, ccx::Shape shape, const std::vector<std::uint32_t>& nodes) {
   if (mesh.offsets.empty()) mesh.offsets.push_back(0);
   mesh.elementNumbers.push_back(static_cast<int>(mesh.elementNumbers.size()) + 1);
   mesh.shapes.push_back(shape);
   mesh.types.push_back(0);
-  mesh.connectivity.insert(mesh.connectivity.end(), nodes);
+  mesh.connectivity.insert(mesh.connectivity.end(), nodes.begin(), nodes.end());
   mesh.offsets.push_back(static_cast<std::uint32_t>(mesh.connectivity.size()));
   return mesh.elementNumbers.size() - 1;
 }

@@ -128,7 +128,11 @@ constexpr double kFar = 1e6;
 bool Near(double v) { return v > -kFar && v < kFar; }
 }  // namespace
 
-void DrawLine(Image& image, double x0, double y0, double x1, double y1, double width, Rgb colour) {
+namespace {
+
+// Visits the pixels of a segment of the given width with round ends, with their coverage.
+template <typename Visit>
+void SegmentCoverage(int imageW, int imageH, double x0, double y0, double x1, double y1, double width, Visit visit) {
   if (!Finite(x0, y0) || !Finite(x1, y1) || !Near(x0) || !Near(y0) || !Near(x1) || !Near(y1) || !(width > 0)) return;
   const double dx = x1 - x0, dy = y1 - y0, len2 = dx * dx + dy * dy;
   const double half = 0.5 * width;
@@ -139,9 +143,9 @@ void DrawLine(Image& image, double x0, double y0, double x1, double y1, double w
     const double t0 = static_cast<double>(piece) / pieces, t1 = static_cast<double>(piece + 1) / pieces;
     const double ax = x0 + t0 * dx, ay = y0 + t0 * dy, bx = x0 + t1 * dx, by = y0 + t1 * dy;
     const int px0 = std::max(0, static_cast<int>(std::floor(std::min(ax, bx) - half - 1)));
-    const int px1 = std::min(image.width - 1, static_cast<int>(std::ceil(std::max(ax, bx) + half + 1)));
+    const int px1 = std::min(imageW - 1, static_cast<int>(std::ceil(std::max(ax, bx) + half + 1)));
     const int py0 = std::max(0, static_cast<int>(std::floor(std::min(ay, by) - half - 1)));
-    const int py1 = std::min(image.height - 1, static_cast<int>(std::ceil(std::max(ay, by) + half + 1)));
+    const int py1 = std::min(imageH - 1, static_cast<int>(std::ceil(std::max(ay, by) + half + 1)));
     for (int y = py0; y <= py1; ++y)
       for (int x = px0; x <= px1; ++x) {
         const double cx = x + 0.5 - x0, cy = y + 0.5 - y0;
@@ -150,9 +154,45 @@ void DrawLine(Image& image, double x0, double y0, double x1, double y1, double w
         t = std::clamp(t, 0.0, 1.0);
         const double ex = cx - t * dx, ey = cy - t * dy;
         const double cover = half + 0.5 - std::sqrt(ex * ex + ey * ey);
-        if (cover > 0) BlendPixel(image, x, y, colour, static_cast<float>(std::min(cover, 1.0)));
+        if (cover > 0) visit(x, y, static_cast<float>(std::min(cover, 1.0)));
       }
   }
+}
+
+}  // namespace
+
+void DrawLine(Image& image, double x0, double y0, double x1, double y1, double width, Rgb colour) {
+  SegmentCoverage(image.width, image.height, x0, y0, x1, y1, width, [&](int x, int y, float cover) {
+    BlendPixel(image, x, y, colour, cover);
+  });
+}
+
+void DrawPolyline(Image& image, const double* xy, std::size_t n, double width, Rgb colour) {
+  if (n < 2 || !(width > 0)) return;
+  // Coverage of the whole line first, so that the joints are not blended twice; the mask
+  // spans the line's box only.
+  double bx0 = kFar, bx1 = -kFar, by0 = kFar, by1 = -kFar;
+  for (std::size_t i = 0; i < n; ++i)
+    if (Finite(xy[2 * i], xy[2 * i + 1]) && Near(xy[2 * i]) && Near(xy[2 * i + 1]))
+      bx0 = std::min(bx0, xy[2 * i]), bx1 = std::max(bx1, xy[2 * i]), by0 = std::min(by0, xy[2 * i + 1]),
+      by1 = std::max(by1, xy[2 * i + 1]);
+  const double reach = width / 2 + 2;
+  const int x0 = std::max(0, static_cast<int>(std::floor(bx0 - reach)));
+  const int x1 = std::min(image.width, static_cast<int>(std::ceil(bx1 + reach)));
+  const int y0 = std::max(0, static_cast<int>(std::floor(by0 - reach)));
+  const int y1 = std::min(image.height, static_cast<int>(std::ceil(by1 + reach)));
+  if (x0 >= x1 || y0 >= y1) return;
+  const int w = x1 - x0;
+  std::vector<float> mask(static_cast<std::size_t>(w) * (y1 - y0), 0.0f);
+  for (std::size_t i = 1; i < n; ++i)
+    SegmentCoverage(image.width, image.height, xy[2 * i - 2], xy[2 * i - 1], xy[2 * i], xy[2 * i + 1], width,
+                    [&](int x, int y, float cover) {
+                      if (x < x0 || x >= x1 || y < y0 || y >= y1) return;
+                      float& m = mask[static_cast<std::size_t>(y - y0) * w + (x - x0)];
+                      m = std::max(m, cover);
+                    });
+  for (int y = y0; y < y1; ++y)
+    for (int x = x0; x < x1; ++x) BlendPixel(image, x, y, colour, mask[static_cast<std::size_t>(y - y0) * w + (x - x0)]);
 }
 
 void FillPolygon(Image& image, const double* xy, int n, Rgb colour) {

@@ -1,6 +1,7 @@
 #pragma once
 // Drawing on an Image for the renderer: anti-aliased lines, polygons and circles, and text
 // through a font object that keeps its glyphs.
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -22,6 +23,8 @@ void FillRect(Image& image, int x0, int y0, int x1, int y1, Rgb colour);
 void StrokeRect(Image& image, int x0, int y0, int x1, int y1, Rgb colour);
 // A segment of the given width with round ends.
 void DrawLine(Image& image, double x0, double y0, double x1, double y1, double width, Rgb colour);
+// Connected segments through n points (x, y pairs), smooth at the joints.
+void DrawPolyline(Image& image, const double* xy, std::size_t n, double width, Rgb colour);
 // A simple polygon of n points (x, y pairs), filled with its edges smoothed.
 void FillPolygon(Image& image, const double* xy, int n, Rgb colour);
 void FillCircle(Image& image, double cx, double cy, double radius, Rgb colour);

@@ -415,26 +415,26 @@ inline void Jacobian(const PointSet& set, std::size_t k, const Vec3* x, Vec3 col
   }
 }
 
-double VolumeOf(Shape shape, const Vec3* x) {
+// The integral over the element of a measure of the Jacobian (its determinant for a volume,
+// the length of its surface normal for a shell), by the shape's Gauss points.
+template <typename Measure>
+double Integrate(Shape shape, const Vec3* x, Measure measure) {
   const PointSet& g = TablesOf(shape).gauss;
-  double v = 0;
+  double sum = 0;
   Vec3 col[3];
   for (std::size_t k = 0; k < g.Count(); ++k) {
     Jacobian(g, k, x, col);
-    v += g.weights[k] * Dot(col[0], Cross(col[1], col[2]));
+    sum += g.weights[k] * measure(col);
   }
-  return v;
+  return sum;
+}
+
+double VolumeOf(Shape shape, const Vec3* x) {
+  return Integrate(shape, x, [](const Vec3* col) { return Dot(col[0], Cross(col[1], col[2])); });
 }
 
 double AreaOf(Shape shape, const Vec3* x) {
-  const PointSet& g = TablesOf(shape).gauss;
-  double a = 0;
-  Vec3 col[3];
-  for (std::size_t k = 0; k < g.Count(); ++k) {
-    Jacobian(g, k, x, col);
-    a += g.weights[k] * Length(Cross(col[0], col[1]));
-  }
-  return a;
+  return Integrate(shape, x, [](const Vec3* col) { return Length(Cross(col[0], col[1])); });
 }
 
 // Of a three-node line, the node that lies between the other two (the one through which the

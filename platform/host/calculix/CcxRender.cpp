@@ -317,18 +317,28 @@ private:
   void Markers(Image& image, const ccx::Scene& scene, const Projection& proj, double size);
   void Callouts(Image& image, const ccx::Scene& scene, const Projection& proj, const Rect& area);
 
+  // Text grows a little with wide pictures, never below the sizes above.
+  struct TextSizes {
+    double label = kLabelPx, title = kTitlePx, subtitle = kSubtitlePx, legendTitle = kLegendTitlePx;
+  };
+  void SizeText(int width) {
+    const double f = std::clamp(width / 1100.0, 1.0, 1.4);
+    m_px = {kLabelPx * f, kTitlePx * f, kSubtitlePx * f, kLegendTitlePx * f};
+  }
+
   TextPainter m_text;
+  TextSizes m_px;
 };
 
 double Renderer::Impl::Header(Image& image, const std::string& title, const std::string& subtitle, double pad) {
   double y = pad;
   if (!title.empty()) {
-    m_text.Draw(image, title, kTitlePx, pad, y, kInk, HAlign::Left, VAlign::Top);
-    y += kTitlePx * 1.35;
+    m_text.Draw(image, title, m_px.title, pad, y, kInk, HAlign::Left, VAlign::Top);
+    y += m_px.title * 1.35;
   }
   if (!subtitle.empty()) {
-    m_text.Draw(image, subtitle, kSubtitlePx, pad, y, kGreyInk, HAlign::Left, VAlign::Top);
-    y += kSubtitlePx * 1.35;
+    m_text.Draw(image, subtitle, m_px.subtitle, pad, y, kGreyInk, HAlign::Left, VAlign::Top);
+    y += m_px.subtitle * 1.35;
   }
   return y;
 }
@@ -338,15 +348,15 @@ void Renderer::Impl::Legend(Image& image, const ccx::Scene& scene, double lo, do
   const int bands = std::clamp(scene.bands, 1, 64);
   double y = area.y0;
   for (const std::string& line : titleLines) {
-    m_text.Draw(image, line, kLegendTitlePx, area.x0, y, kInk, HAlign::Left, VAlign::Top);
-    y += kLegendTitlePx * 1.3;
+    m_text.Draw(image, line, m_px.legendTitle, area.x0, y, kInk, HAlign::Left, VAlign::Top);
+    y += m_px.legendTitle * 1.3;
   }
   if (!scene.unit.empty()) {
-    m_text.Draw(image, scene.unit, kLabelPx, area.x0, y, kGreyInk, HAlign::Left, VAlign::Top);
-    y += kLabelPx * 1.3;
+    m_text.Draw(image, scene.unit, m_px.label, area.x0, y, kGreyInk, HAlign::Left, VAlign::Top);
+    y += m_px.label * 1.3;
   }
   const double barW = 26;
-  const double top = y + 14, bottom = area.y1 - kLabelPx;
+  const double top = y + 14, bottom = area.y1 - m_px.label;
   if (bottom - top < bands) return;
   const double bandH = (bottom - top) / bands;
   const int bx0 = static_cast<int>(std::lround(area.x0)), bx1 = static_cast<int>(std::lround(area.x0 + barW));
@@ -358,13 +368,13 @@ void Renderer::Impl::Legend(Image& image, const ccx::Scene& scene, double lo, do
   StrokeRect(image, bx0 - 1, static_cast<int>(std::lround(top)) - 1, bx1 + 1, static_cast<int>(std::lround(bottom)) + 1,
              kFrame);
   // A label at every band boundary where they fit, otherwise at every n-th; the ends always.
-  const int every = std::max(1, static_cast<int>(std::ceil(kLabelPx * 1.15 / bandH)));
+  const int every = std::max(1, static_cast<int>(std::ceil(m_px.label * 1.15 / bandH)));
   for (int k = 0; k <= bands; ++k) {
     const bool end = k == 0 || k == bands;
-    if (!end && (k % every != 0 || (bands - k) * bandH < kLabelPx * 1.15)) continue;
+    if (!end && (k % every != 0 || (bands - k) * bandH < m_px.label * 1.15)) continue;
     const double ty = bottom - k * bandH;
     FillRect(image, bx1 + 1, static_cast<int>(std::lround(ty)), bx1 + 7, static_cast<int>(std::lround(ty)) + 1, kFrame);
-    m_text.Draw(image, Engineering(lo + (hi - lo) * k / bands), kLabelPx, bx1 + 10, ty, kInk, HAlign::Left,
+    m_text.Draw(image, Engineering(lo + (hi - lo) * k / bands), m_px.label, bx1 + 10, ty, kInk, HAlign::Left,
                 VAlign::Middle);
   }
 }
@@ -387,13 +397,13 @@ void Renderer::Impl::Markers(Image& image, const ccx::Scene& scene, const Projec
         DrawLine(image, tailX, tailY, baseX + dx, baseY + dy, width, colour);
       } else {
         const int teeth = 6;
-        double lx = tailX, ly = tailY;
+        std::vector<double> wave = {tailX, tailY};
         for (int i = 1; i <= teeth; ++i) {
           const double f = static_cast<double>(i) / teeth, side = i == teeth ? 0 : (i % 2 ? 1 : -1) * 0.3 * head;
-          const double x = tailX + (baseX - tailX) * f + nx * side, y = tailY + (baseY - tailY) * f + ny * side;
-          DrawLine(image, lx, ly, x, y, width, colour);
-          lx = x, ly = y;
+          wave.push_back(tailX + (baseX - tailX) * f + nx * side);
+          wave.push_back(tailY + (baseY - tailY) * f + ny * side);
         }
+        DrawPolyline(image, wave.data(), wave.size() / 2, width, colour);
       }
       const double tri[6] = {tipX, tipY, baseX + nx * halfHead, baseY + ny * halfHead, baseX - nx * halfHead,
                              baseY - ny * halfHead};
@@ -421,7 +431,7 @@ void Renderer::Impl::Markers(Image& image, const ccx::Scene& scene, const Projec
         const Rgb blue{35, 70, 185};
         arrow(px + dx * size, py + dy * size, size, 4.0, blue, false);
         FillCircle(image, px, py, 4.5, blue);
-        m_text.Draw(image, "g", kLabelPx + 2, px + dx * size * 0.5 + nx * 14, py + dy * size * 0.5 + ny * 14, blue,
+        m_text.Draw(image, "g", m_px.label + 2, px + dx * size * 0.5 + nx * 14, py + dy * size * 0.5 + ny * 14, blue,
                     HAlign::Centre, VAlign::Middle);
         break;
       }
@@ -436,15 +446,11 @@ void Renderer::Impl::Markers(Image& image, const ccx::Scene& scene, const Projec
           x = px + nx * r * std::cos(a) + dx * r * 0.45 * std::sin(a);
           y = py + ny * r * std::cos(a) + dy * r * 0.45 * std::sin(a);
         };
-        double lx = 0, ly = 0;
-        at(a0, lx, ly);
         const int pieces = 28;
-        for (int i = 1; i <= pieces; ++i) {
-          double x = 0, y = 0;
-          at(a0 + (a1 - a0) * i / pieces, x, y);
-          DrawLine(image, lx, ly, x, y, 2.4, teal);
-          lx = x, ly = y;
-        }
+        std::vector<double> arc(2 * (pieces + 1));
+        for (int i = 0; i <= pieces; ++i) at(a0 + (a1 - a0) * i / pieces, arc[2 * i], arc[2 * i + 1]);
+        DrawPolyline(image, arc.data(), pieces + 1, 2.4, teal);
+        const double lx = arc[2 * pieces], ly = arc[2 * pieces + 1];
         double bx = 0, by = 0;
         at(a1 - 0.35, bx, by);
         double tx = lx - bx, ty = ly - by;
@@ -478,7 +484,7 @@ void Renderer::Impl::Callouts(Image& image, const ccx::Scene& scene, const Proje
     vx /= len, vy /= len;
     const double leader = 55;
     const double ex = px + vx * leader, ey = py + vy * leader;
-    const double boxW = m_text.Width(c.label, kLabelPx) + 14, boxH = kLabelPx * 1.7;
+    const double boxW = m_text.Width(c.label, m_px.label) + 14, boxH = m_px.label * 1.7;
     Rect box;
     box.x0 = vx >= 0 ? ex : ex - boxW;
     box.y0 = ey - boxH / 2;
@@ -503,13 +509,14 @@ void Renderer::Impl::Callouts(Image& image, const ccx::Scene& scene, const Proje
     const int x1 = static_cast<int>(std::lround(box.x1)), y1 = static_cast<int>(std::lround(box.y1));
     FillRect(image, x0, y0, x1, y1, kWhite);
     StrokeRect(image, x0, y0, x1, y1, kFrame);
-    m_text.Draw(image, c.label, kLabelPx, box.x0 + 7, (box.y0 + box.y1) / 2, kInk, HAlign::Left, VAlign::Middle);
+    m_text.Draw(image, c.label, m_px.label, box.x0 + 7, (box.y0 + box.y1) / 2, kInk, HAlign::Left, VAlign::Middle);
   }
 }
 
 Image Renderer::Impl::Scene(const ccx::Scene& scene, int width, int height) {
   width = std::clamp(width, kMinSize, kMaxSize);
   height = std::clamp(height, kMinSize, kMaxSize);
+  SizeText(width);
   Image image = BlankImage(width, height, kWhite);
   const SurfaceMesh empty;
   const SurfaceMesh& surface = scene.surface ? *scene.surface : empty;
@@ -542,12 +549,12 @@ Image Renderer::Impl::Scene(const ccx::Scene& scene, int width, int height) {
   std::vector<std::string> legendTitle;
   if (contour) {
     double labels = 0;
-    for (int k = 0; k <= bands; ++k) labels = std::max(labels, m_text.Width(Engineering(lo + (hi - lo) * k / bands), kLabelPx));
+    for (int k = 0; k <= bands; ++k) labels = std::max(labels, m_text.Width(Engineering(lo + (hi - lo) * k / bands), m_px.label));
     legendW = 26 + 10 + labels + 2 * pad;
-    const double titleRoom = std::max(legendW, std::min(width / 3.0, m_text.Width(scene.contourTitle, kLegendTitlePx) + 2 * pad));
-    legendTitle = Wrap(m_text, scene.contourTitle, kLegendTitlePx, titleRoom - 2 * pad);
-    legendW = std::max(legendW, std::min(titleRoom, std::max(m_text.Width(scene.unit, kLabelPx) + 2 * pad, legendW)));
-    for (const std::string& line : legendTitle) legendW = std::max(legendW, m_text.Width(line, kLegendTitlePx) + 2 * pad);
+    const double titleRoom = std::max(legendW, std::min(width / 3.0, m_text.Width(scene.contourTitle, m_px.legendTitle) + 2 * pad));
+    legendTitle = Wrap(m_text, scene.contourTitle, m_px.legendTitle, titleRoom - 2 * pad);
+    legendW = std::max(legendW, std::min(titleRoom, std::max(m_text.Width(scene.unit, m_px.label) + 2 * pad, legendW)));
+    for (const std::string& line : legendTitle) legendW = std::max(legendW, m_text.Width(line, m_px.legendTitle) + 2 * pad);
     legendW = std::min(legendW, width / 2.0);
   }
   const double margin = std::clamp(0.06 * std::min(width, height), 12.0, scene.markers.empty() ? 40.0 : 70.0);
@@ -686,7 +693,7 @@ Image Renderer::Impl::Scene(const ccx::Scene& scene, int width, int height) {
     }
     raster.Resolve(image);
   } else {
-    m_text.Draw(image, "No geometry to show", kLabelPx + 2, (model.x0 + model.x1) / 2, (model.y0 + model.y1) / 2,
+    m_text.Draw(image, "No geometry to show", m_px.label + 2, (model.x0 + model.x1) / 2, (model.y0 + model.y1) / 2,
                 kGreyInk, HAlign::Centre, VAlign::Middle);
   }
 
@@ -706,6 +713,7 @@ Image Renderer::Impl::Scene(const ccx::Scene& scene, int width, int height) {
 Image Renderer::Impl::Curve(const CurvePlot& plot, int width, int height) {
   width = std::clamp(width, kMinSize, kMaxSize);
   height = std::clamp(height, kMinSize, kMaxSize);
+  SizeText(width);
   Image image = BlankImage(width, height, kWhite);
   static constexpr Rgb palette[] = {{31, 119, 180}, {214, 39, 40},  {44, 160, 44},  {255, 127, 14},
                                     {148, 103, 189}, {140, 86, 75}, {227, 119, 194}, {100, 100, 100}};
@@ -725,17 +733,17 @@ Image Renderer::Impl::Curve(const CurvePlot& plot, int width, int height) {
   const double pad = 14;
   double top = pad;
   if (!plot.title.empty()) {
-    m_text.Draw(image, plot.title, kTitlePx, width / 2.0, top, kInk, HAlign::Centre, VAlign::Top);
-    top += kTitlePx * 1.5;
+    m_text.Draw(image, plot.title, m_px.title, width / 2.0, top, kInk, HAlign::Centre, VAlign::Top);
+    top += m_px.title * 1.5;
   } else {
     top += 8;
   }
-  const double lineH = kLabelPx * 1.3;
+  const double lineH = m_px.label * 1.3;
   const double bottom = height - pad - lineH - (plot.xLabel.empty() ? 0 : lineH + 4);
   const int yTarget = std::clamp(static_cast<int>((bottom - top) / 70), 2, 10);
   const Ticks yt = NiceTicks(y0, y1, yTarget);
   double labelW = 0;
-  for (double v : yt.values) labelW = std::max(labelW, m_text.Width(TickLabel(v, yt), kLabelPx));
+  for (double v : yt.values) labelW = std::max(labelW, m_text.Width(TickLabel(v, yt), m_px.label));
   const double left = pad + (plot.yLabel.empty() ? 0 : lineH + 6) + labelW + 10;
   const double right = width - pad - 10;
   if (right - left < 10 || bottom - top < 10) return image;
@@ -750,20 +758,20 @@ Image Renderer::Impl::Curve(const CurvePlot& plot, int width, int height) {
     const int x = static_cast<int>(std::lround(X(v)));
     FillRect(image, x, static_cast<int>(top), x + 1, static_cast<int>(bottom), grid);
     FillRect(image, x, static_cast<int>(bottom), x + 1, static_cast<int>(bottom) + 6, kFrame);
-    m_text.Draw(image, TickLabel(v, xt), kLabelPx, x, bottom + 8, kInk, HAlign::Centre, VAlign::Top);
+    m_text.Draw(image, TickLabel(v, xt), m_px.label, x, bottom + 8, kInk, HAlign::Centre, VAlign::Top);
   }
   for (double v : yt.values) {
     const int y = static_cast<int>(std::lround(Y(v)));
     FillRect(image, static_cast<int>(left), y, static_cast<int>(right), y + 1, grid);
     FillRect(image, static_cast<int>(left) - 6, y, static_cast<int>(left), y + 1, kFrame);
-    m_text.Draw(image, TickLabel(v, yt), kLabelPx, left - 9, y, kInk, HAlign::Right, VAlign::Middle);
+    m_text.Draw(image, TickLabel(v, yt), m_px.label, left - 9, y, kInk, HAlign::Right, VAlign::Middle);
   }
   StrokeRect(image, static_cast<int>(left), static_cast<int>(top), static_cast<int>(right) + 1,
              static_cast<int>(bottom) + 1, kFrame);
   if (!plot.xLabel.empty())
-    m_text.Draw(image, plot.xLabel, kLabelPx, (left + right) / 2, height - pad, kInk, HAlign::Centre, VAlign::Bottom);
+    m_text.Draw(image, plot.xLabel, m_px.label, (left + right) / 2, height - pad, kInk, HAlign::Centre, VAlign::Bottom);
   if (!plot.yLabel.empty())
-    m_text.Draw(image, plot.yLabel, kLabelPx, pad, (top + bottom) / 2, kInk, HAlign::Left, VAlign::Middle, true);
+    m_text.Draw(image, plot.yLabel, m_px.label, pad, (top + bottom) / 2, kInk, HAlign::Left, VAlign::Middle, true);
 
   // ---- the curves
   for (std::size_t k = 0; k < plot.series.size(); ++k) {
@@ -771,19 +779,23 @@ Image Renderer::Impl::Curve(const CurvePlot& plot, int width, int height) {
     const Rgb colour = palette[k % std::size(palette)];
     const std::size_t n = std::min(s.x.size(), s.y.size());
     const bool dots = n <= 40;
-    bool havePrevious = false;
-    double px = 0, py = 0;
+    // Runs of usable points as polylines; a point on its own as a dot.
+    std::vector<double> run;
+    auto flush = [&] {
+      if (run.size() == 2) FillCircle(image, run[0], run[1], 3.5, colour);
+      DrawPolyline(image, run.data(), run.size() / 2, 2.5, colour);
+      run.clear();
+    };
     for (std::size_t i = 0; i < n; ++i) {
       if (!usable(s.x[i]) || !usable(s.y[i])) {
-        havePrevious = false;
+        flush();
         continue;
       }
-      const double x = X(s.x[i]), y = Y(s.y[i]);
-      if (havePrevious) DrawLine(image, px, py, x, y, 2.5, colour);
-      const bool alone = !havePrevious && (i + 1 >= n || !usable(s.x[i + 1]) || !usable(s.y[i + 1]));
-      if (dots || alone) FillCircle(image, x, y, 3.5, colour);
-      px = x, py = y, havePrevious = true;
+      run.push_back(X(s.x[i]));
+      run.push_back(Y(s.y[i]));
+      if (dots) FillCircle(image, run[run.size() - 2], run.back(), 3.5, colour);
     }
+    flush();
   }
 
   // ---- legend, top right inside the plot
@@ -792,7 +804,7 @@ Image Renderer::Impl::Curve(const CurvePlot& plot, int width, int height) {
     double nameW = 0;
     for (std::size_t k = 0; k < plot.series.size(); ++k) {
       names.push_back(plot.series[k].name.empty() ? "Series " + std::to_string(k + 1) : plot.series[k].name);
-      nameW = std::max(nameW, m_text.Width(names.back(), kLabelPx));
+      nameW = std::max(nameW, m_text.Width(names.back(), m_px.label));
     }
     const double boxW = 12 + 30 + 8 + nameW + 12, boxH = 8 + names.size() * lineH + 6;
     const double bx = std::max(left + 4, right - 10 - boxW), by = top + 10;
@@ -802,7 +814,7 @@ Image Renderer::Impl::Curve(const CurvePlot& plot, int width, int height) {
     for (std::size_t k = 0; k < names.size(); ++k) {
       const double cy = by + 8 + (k + 0.5) * lineH;
       DrawLine(image, bx + 12, cy, bx + 42, cy, 2.5, palette[k % std::size(palette)]);
-      m_text.Draw(image, names[k], kLabelPx, bx + 50, cy, kInk, HAlign::Left, VAlign::Middle);
+      m_text.Draw(image, names[k], m_px.label, bx + 50, cy, kInk, HAlign::Left, VAlign::Middle);
     }
   }
   return image;
