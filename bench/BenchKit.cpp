@@ -57,17 +57,16 @@ OpenDocument::OpenDocument(const std::string& path) {
 
 OpenDocument::~OpenDocument() { app->Quit(); }
 
-namespace {
-
 void RunReport(const StudyData& data, int kind, const std::function<void(COVBaseReportSection*)>& tweak,
                const std::string& outDir) {
+  docx::RegisterWordApplication();
   FixtureHost host(std::make_unique<FixtureStudy>(data));
   host.SetReportTemplatePath(FromUtf8(std::string(ZP_BINARY_DIR) + "/templates"));
   HostScope scope(host);
   auto* format = new CZPNewReportFormat(data.studyType);
   format->InitListDefaultFormat(data.studyType);
   for (COVBaseReportSection* section : format->GetSections()) {
-    section->m_included = section->m_sectionType == kind || section->m_sectionType == kSectionDescription;
+    section->m_included = kind < 0 || section->m_sectionType == kind || section->m_sectionType == kSectionDescription;
     if (tweak) tweak(section);
   }
   CZPReport report;
@@ -82,10 +81,8 @@ void RunReport(const StudyData& data, int kind, const std::function<void(COVBase
   // A design study's data runs the design study's driver.
   const int generated =
       data.design ? report.GenerateWordDocForOptStudy(&manager) : report.GenerateWordDoc(host.Study(), &manager);
-  if (generated != 1) throw std::runtime_error("the run failed");
+  if (generated != 1) throw std::runtime_error("the run failed: " + report.m_runError.ToUtf8());
 }
-
-}  // namespace
 
 void RunReports(benchmark::State& state, const StudyData& data, int kind, int items,
                 const std::function<void(COVBaseReportSection*)>& tweak) {

@@ -34,6 +34,11 @@ StudyData BaseStudy(const CString& picture);
 // Runs the study driver on `data` once per iteration of `state`, with only the section of kind
 // `kind` and the description included; `tweak` may set each section first. Counts `items` per
 // run (and their time per item as a counter) when there are any. Throws when a run fails.
+// One run of the study driver on `data` into outDir (bench.docx): the section of kind `kind`
+// and the description, or every section for a kind below 0. Throws when the run fails.
+void RunReport(const StudyData& data, int kind, const std::function<void(COVBaseReportSection*)>& tweak,
+               const std::string& outDir);
+
 void RunReports(benchmark::State& state, const StudyData& data, int kind, int items,
                 const std::function<void(COVBaseReportSection*)>& tweak = {});
 
