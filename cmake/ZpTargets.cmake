@@ -124,7 +124,7 @@ function(zp_add_fuzzers dir)
     target_link_options(fuzz_${n} PRIVATE -fsanitize=fuzzer,address,undefined)
     # Fuzz targets reach the loaders (archives, package, study file); the report manager's
     # archive brings the report classes of zp_core.
-    target_link_libraries(fuzz_${n} PRIVATE zp_core zp_model zp_docx zp_fixturehost)
+    target_link_libraries(fuzz_${n} PRIVATE zp_core zp_model zp_docx zp_calculixhost zp_fixturehost)
     set_property(GLOBAL APPEND PROPERTY ZP_FUZZ_TARGETS fuzz_${n})
   endforeach()
 endfunction()

@@ -3,6 +3,7 @@
 # Usage: scripts/deps.sh [--with-office] [--with-browser]
 #   --with-office   LibreOffice and poppler, the second reader of the tests' documents
 #   --with-browser  Chromium and Node.js with npm, for the browser test of the report dialog
+#   --with-solver   CalculiX (ccx) and its test decks, for the reports of solved example studies
 set -euo pipefail
 pkgs=(build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev
       libpugixml-dev libzip-dev libcpp-httplib-dev zlib1g-dev nlohmann-json3-dev libcli11-dev libstb-dev
@@ -15,6 +16,7 @@ for option in "$@"; do
       # A Node.js of another origin brings its own npm; Debian's npm would clash with it.
       command -v node >/dev/null || pkgs+=(nodejs)
       command -v npm >/dev/null || pkgs+=(npm) ;;
+    --with-solver) pkgs+=(calculix-ccx calculix-ccx-test) ;;
     *) echo "deps.sh: unknown option $option" >&2; exit 2 ;;
   esac
 done

@@ -4,7 +4,7 @@
 # bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/deps.sh --with-office --with-browser
+bash scripts/deps.sh --with-office --with-browser --with-solver
 jobs=$(nproc)
 
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZP_SANITIZE=ON -DZP_WERROR=ON -DZP_BENCH=OFF >/dev/null
@@ -25,6 +25,9 @@ rm -rf "$documents" && mkdir -p "$documents"
 export ZP_KEEP_DOCUMENTS="$documents"
 (cd build-asan && ctest --output-on-failure -j"$jobs")
 bash scripts/browser-test.sh build-asan
+# The CalculiX examples solved by ccx and their reports, kept in out/calculix for a reader.
+bash scripts/calculix-examples.sh build-asan out/calculix
+cp out/calculix/*.docx "$documents"/
 unset ZP_KEEP_DOCUMENTS
 
 # Word's strictness: the built templates and every document the tests wrote, against the

@@ -56,6 +56,13 @@ struct BuildContext {
   std::vector<std::uint32_t> NodesOf(const std::vector<int>& numbers) const;
   // A picture name: "<model>-<what>.png" made safe for a file name.
   std::string PictureName(const std::string& what) const;
+  // The picture of a fixture or load with its symbols; past the first kMaxItemPictures the
+  // items go without a picture (said once).
+  std::string ItemPicture(const std::vector<Marker>& markers, const std::string& file, const std::string& title,
+                          const std::string& subtitle);
+  static constexpr int kMaxItemPictures = 60;
+  int itemPictures = 0;
+
   // Adds a line to the study's warnings.
   void Warn(const std::string& text) { data.warnings.push_back(text); }
 };

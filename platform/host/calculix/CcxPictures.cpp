@@ -73,7 +73,7 @@ std::string Pictures::Contour(const ContourField& field, const std::string& file
   scene.surface = &surface;
   scene.colouring = Colouring::Contour;
   scene.drawEdges = false;
-  scene.contourTitle = field.title;
+  scene.contourTitle = field.legend.empty() ? field.title : field.legend;
   scene.unit = field.unit;
   scene.title = field.title;
   scene.subtitle = field.subtitle;

@@ -24,6 +24,7 @@ struct ContourField {
   double displacementScale = 0;                      // how much the displacement is magnified
   std::string title;
   std::string subtitle;
+  std::string legend;  // above the colour bar; empty: the title
   std::string unit;
 };
 

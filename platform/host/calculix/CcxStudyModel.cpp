@@ -36,10 +36,6 @@ std::string Display(const std::string& name) {
   return s;
 }
 
-std::string TargetText(const Target& t, const char* single) {
-  return t.set.empty() ? std::string(single) + " " + std::to_string(t.number) : Display(t.set);
-}
-
 std::string ProcedureText(const Step& step) {
   switch (step.procedure) {
     case Procedure::Static: return step.nlgeom ? "Nonlinear static" : "Static";
@@ -115,6 +111,17 @@ std::vector<std::uint32_t> BuildContext::NodesOf(const std::vector<int>& numbers
     if (i >= 0) out.push_back(static_cast<std::uint32_t>(i));
   }
   return out;
+}
+
+std::string BuildContext::ItemPicture(const std::vector<Marker>& markers, const std::string& file,
+                                      const std::string& title, const std::string& subtitle) {
+  if (++itemPictures > kMaxItemPictures) {
+    if (itemPictures == kMaxItemPictures + 1)
+      Warn(deck.file + ": more than " + std::to_string(kMaxItemPictures) +
+           " fixtures and loads; those after them are listed without a picture");
+    return {};
+  }
+  return pictures->Markers(markers, file, title, subtitle);
 }
 
 std::string BuildContext::PictureName(const std::string& what) const {
@@ -341,7 +348,33 @@ std::vector<Marker> MarkersAt(const Mesh& mesh, const std::vector<std::uint32_t>
 
 // The face centres and inward normals of the faces of a distributed load ("P1".."P6" on
 // volume elements, "P" on shells). Faces of the solver's numbering.
-std::vector<Marker> FaceMarkers(const BuildContext& c, const ElementLoad& load, Marker::Kind kind) {
+// Consecutive distributed loads of one type and value on single elements, as one load; a load
+// on a set stands alone.
+std::vector<std::vector<const ElementLoad*>> ElementGroups(const std::vector<ElementLoad>& loads) {
+  std::vector<std::vector<const ElementLoad*>> groups;
+  for (const ElementLoad& l : loads) {
+    if (!groups.empty()) {
+      const ElementLoad& last = *groups.back().back();
+      if (l.target.set.empty() && last.target.set.empty() && l.type == last.type && l.values == last.values) {
+        groups.back().push_back(&l);
+        continue;
+      }
+    }
+    groups.push_back({&l});
+  }
+  return groups;
+}
+
+std::string ElementGroupText(const std::vector<const ElementLoad*>& group) {
+  const Target& t = group.front()->target;
+  if (!t.set.empty()) return Display(t.set);
+  if (group.size() == 1) return "Element " + std::to_string(t.number);
+  return "Elements " + std::to_string(t.number) + "-" + std::to_string(group.back()->target.number);
+}
+
+std::vector<Marker> FaceMarkers(const BuildContext& c, const std::vector<const ElementLoad*>& group,
+                                Marker::Kind kind) {
+  const ElementLoad& load = *group.front();
   static const int kHex[6][4] = {{0, 1, 2, 3}, {4, 7, 6, 5}, {0, 4, 5, 1}, {1, 5, 6, 2}, {2, 6, 7, 3}, {3, 7, 4, 0}};
   static const int kTet[4][4] = {{0, 1, 2, -1}, {0, 3, 1, -1}, {1, 3, 2, -1}, {2, 3, 0, -1}};
   static const int kWedge[5][4] = {{0, 1, 2, -1}, {3, 4, 5, -1}, {0, 1, 4, 3}, {1, 2, 5, 4}, {2, 0, 3, 5}};
@@ -349,7 +382,11 @@ std::vector<Marker> FaceMarkers(const BuildContext& c, const ElementLoad& load, 
   int face = 0;
   if (load.type.size() >= 2 && (load.type[0] == 'P' || load.type[0] == 'S' || load.type[0] == 'F'))
     face = std::atoi(load.type.c_str() + 1);
-  std::vector<int> elements = TargetElements(c.deck, load.target);
+  std::vector<int> elements;
+  for (const ElementLoad* l : group) {
+    const std::vector<int> some = TargetElements(c.deck, l->target);
+    elements.insert(elements.end(), some.begin(), some.end());
+  }
   std::vector<Marker> markers;
   const std::size_t stride = std::max<std::size_t>(1, elements.size() / kMaxMarkers);
   for (std::size_t i = 0; i < elements.size(); i += stride) {
@@ -393,23 +430,69 @@ std::vector<Marker> FaceMarkers(const BuildContext& c, const ElementLoad& load, 
   return markers;
 }
 
-// Groups of consecutive lines on one target, as one fixture or load each.
+bool SameTarget(const Target& a, const Target& b) { return a.set == b.set && a.number == b.number; }
+
+// What a line does apart from where: its degrees of freedom and value.
+std::string Signature(const Boundary& b) {
+  return std::to_string(b.firstDof) + "-" + std::to_string(b.lastDof) + "=" + FormatNumber(b.value, 15);
+}
+std::string Signature(const NodalLoad& l) { return std::to_string(l.dof) + "=" + FormatNumber(l.value, 15); }
+std::string Signature(const NodeValue& t) { return FormatNumber(t.value, 15); }
+
+// Groups of consecutive lines on one target, as one fixture or load each. Decks that list
+// nodes one line each ("217, 3" for hundreds of nodes) make one group of the run of single
+// nodes that do the same.
 template <class T>
 std::vector<std::vector<const T*>> ByTarget(const std::vector<T>& items) {
   std::vector<std::vector<const T*>> groups;
   for (const T& item : items) {
-    if (!groups.empty() && groups.back().front()->target.set == item.target.set &&
-        groups.back().front()->target.number == item.target.number)
+    if (!groups.empty() && SameTarget(groups.back().front()->target, item.target))
       groups.back().push_back(&item);
     else
       groups.push_back({&item});
   }
-  return groups;
+  auto signature = [](const std::vector<const T*>& group) {
+    std::string s;
+    for (const T* item : group) s += Signature(*item) + ";";
+    return s;
+  };
+  std::vector<std::vector<const T*>> merged;
+  std::string last;
+  for (auto& group : groups) {
+    const bool single = group.front()->target.set.empty();
+    std::string sig = single ? signature(group) : std::string();
+    if (single && !merged.empty() && merged.back().front()->target.set.empty() && sig == last)
+      merged.back().insert(merged.back().end(), group.begin(), group.end());
+    else
+      merged.push_back(std::move(group));
+    last = std::move(sig);
+  }
+  return merged;
+}
+
+// The nodes of a group's lines, each once, in order.
+template <class T>
+std::vector<int> GroupNodes(const Deck& deck, const std::vector<const T*>& group) {
+  std::vector<int> numbers;
+  std::set<int> seen;
+  for (const T* item : group)
+    for (int n : TargetNodes(deck, item->target))
+      if (seen.insert(n).second) numbers.push_back(n);
+  return numbers;
+}
+
+// A group's target as the report names it: the set, the node, or "Nodes 217-230".
+template <class T>
+std::string GroupText(const std::vector<const T*>& group) {
+  const Target& t = group.front()->target;
+  if (!t.set.empty()) return Display(t.set);
+  const Target& last = group.back()->target;
+  if (SameTarget(t, last)) return "Node " + std::to_string(t.number);
+  return "Nodes " + std::to_string(t.number) + "-" + std::to_string(last.number);
 }
 
 void AddFixture(BuildContext& c, const std::vector<const Boundary*>& lines, int step) {
-  const Target& t = lines.front()->target;
-  const std::vector<int> numbers = TargetNodes(c.deck, t);
+  const std::vector<int> numbers = GroupNodes(c.deck, lines);
   const std::vector<std::uint32_t> nodes = c.NodesOf(numbers);
   std::set<int> dofs;
   bool prescribed = false;
@@ -434,7 +517,7 @@ void AddFixture(BuildContext& c, const std::vector<const Boundary*>& lines, int 
     for (int d : dofs) type += " " + DofText(d, d) + ",";
     type.pop_back();
   }
-  std::string name = (thermal ? "Temperature-" : prescribed ? "Displacement-" : "Fixed-") + TargetText(t, "Node");
+  std::string name = (thermal ? "Temperature-" : prescribed ? "Displacement-" : "Fixed-") + GroupText(lines);
   std::string details = "Entities:\t" + std::to_string(nodes.size()) + " node(s)\nType:\t" + type;
   if (!values.empty()) details += "\nValues:\t" + values;
   if (step > 0) details += "\nStep:\t" + std::to_string(step);
@@ -442,8 +525,8 @@ void AddFixture(BuildContext& c, const std::vector<const Boundary*>& lines, int 
   item.name = Text(name);
   item.details = Text(details);
   const auto markers = MarkersAt(c.deck.mesh, nodes, thermal ? Marker::Kind::Heat : Marker::Kind::Fixture, nullptr);
-  item.picture = Text(c.pictures->Markers(markers, c.PictureName("Fixture" + std::to_string(c.data.fixtures.size() + 1)),
-                                         name, type));
+  item.picture = Text(c.ItemPicture(markers, c.PictureName("Fixture" + std::to_string(c.data.fixtures.size() + 1)),
+                                    name, type));
   c.data.fixtures.push_back(std::move(item));
   c.fixtureNodes.emplace_back(name, numbers);
   c.fixtureThermal.push_back(thermal);
@@ -457,16 +540,18 @@ void AddLoads(BuildContext& c, const LoadSet& loads, int step) {
     FixtureLBCItem item;
     item.name = Text(name);
     item.details = Text(details + stepLine());
-    item.picture = Text(c.pictures->Markers(markers, c.PictureName("Load" + std::to_string(c.data.loads.size() + 1)),
-                                           name, type));
+    item.picture = Text(c.ItemPicture(markers, c.PictureName("Load" + std::to_string(c.data.loads.size() + 1)),
+                                      name, type));
     c.data.loads.push_back(std::move(item));
   };
   for (const auto& group : ByTarget(loads.cloads)) {
-    const Target& t = group.front()->target;
-    const auto nodes = c.NodesOf(TargetNodes(c.deck, t));
+    const auto nodes = c.NodesOf(GroupNodes(c.deck, group));
+    // The lines of one node (or set) give the load per node; a run of single nodes repeats it.
+    const Target& first = group.front()->target;
     double per[3] = {0, 0, 0};
     std::string moments;
     for (const NodalLoad* l : group) {
+      if (!SameTarget(l->target, first)) break;
       if (l->dof >= 1 && l->dof <= 3) per[l->dof - 1] += l->value;
       else moments += (moments.empty() ? "" : ", ") + DofText(l->dof, l->dof) + " " + WithUnit(l->value, u.moment);
     }
@@ -481,10 +566,11 @@ void AddLoads(BuildContext& c, const LoadSet& loads, int step) {
     double dir[3] = {0, 0, 0};
     if (length > 0)
       for (int k = 0; k < 3; ++k) dir[k] = per[k] / length;
-    add("Force-" + TargetText(t, "Node"), details, MarkersAt(mesh, nodes, Marker::Kind::Force, dir), "Concentrated force");
+    add("Force-" + GroupText(group), details, MarkersAt(mesh, nodes, Marker::Kind::Force, dir), "Concentrated force");
   }
-  for (const ElementLoad& l : loads.dloads) {
-    const std::string where = TargetText(l.target, "Element");
+  for (const auto& group : ElementGroups(loads.dloads)) {
+    const ElementLoad& l = *group.front();
+    const std::string where = ElementGroupText(group);
     if (l.type == "GRAV") {
       const double g = l.values.empty() ? 0 : l.values[0];
       double dir[3] = {0, 0, 0};
@@ -527,40 +613,45 @@ void AddLoads(BuildContext& c, const LoadSet& loads, int step) {
       std::string details = "Entities:\t" + where + (l.type.size() == 2 ? " face " + l.type.substr(1) : "") +
                             "\nType:\t" + (shellPressure ? "Normal to selected face" : l.type) +
                             "\nValue:\t" + WithUnit(l.values.empty() ? NAN : l.values[0], u.stress);
-      add(kind + "-" + where, details, FaceMarkers(c, l, Marker::Kind::Pressure), kind);
+      add(kind + "-" + where, details, FaceMarkers(c, group, Marker::Kind::Pressure), kind);
     }
   }
   for (const auto& group : ByTarget(loads.cfluxes)) {
-    const Target& t = group.front()->target;
-    const auto nodes = c.NodesOf(TargetNodes(c.deck, t));
+    const auto nodes = c.NodesOf(GroupNodes(c.deck, group));
     double total = 0;
-    for (const NodalLoad* l : group) total += l->value;
-    add("Heat Power-" + TargetText(t, "Node"),
+    for (const NodalLoad* l : group)
+      if (SameTarget(l->target, group.front()->target)) total += l->value;
+    add("Heat Power-" + GroupText(group),
         "Entities:\t" + std::to_string(nodes.size()) + " node(s)\nType:\tConcentrated heat flux\nValue per node:\t" +
             FormatNumber(total),
         MarkersAt(mesh, nodes, Marker::Kind::Heat, nullptr), "Heat flux");
   }
-  for (const ElementLoad& l : loads.dfluxes)
-    add("Heat Flux-" + TargetText(l.target, "Element"),
-        "Entities:\t" + TargetText(l.target, "Element") + "\nType:\tDistributed heat flux " + l.type + "\nValue:\t" +
+  for (const auto& group : ElementGroups(loads.dfluxes)) {
+    const ElementLoad& l = *group.front();
+    add("Heat Flux-" + ElementGroupText(group),
+        "Entities:\t" + ElementGroupText(group) + "\nType:\tDistributed heat flux " + l.type + "\nValue:\t" +
             FormatNumber(l.values.empty() ? NAN : l.values[0]),
-        FaceMarkers(c, l, Marker::Kind::Heat), "Heat flux");
-  for (const ElementLoad& l : loads.films)
-    add("Convection-" + TargetText(l.target, "Element"),
-        "Entities:\t" + TargetText(l.target, "Element") + "\nType:\tConvection " + l.type + "\nSink temperature:\t" +
+        FaceMarkers(c, group, Marker::Kind::Heat), "Heat flux");
+  }
+  for (const auto& group : ElementGroups(loads.films)) {
+    const ElementLoad& l = *group.front();
+    add("Convection-" + ElementGroupText(group),
+        "Entities:\t" + ElementGroupText(group) + "\nType:\tConvection " + l.type + "\nSink temperature:\t" +
             WithUnit(l.values.empty() ? NAN : l.values[0], u.temperature) + "\nFilm coefficient:\t" +
             FormatNumber(l.values.size() > 1 ? l.values[1] : NAN),
-        FaceMarkers(c, l, Marker::Kind::Heat), "Convection");
-  for (const ElementLoad& l : loads.radiation)
-    add("Radiation-" + TargetText(l.target, "Element"),
-        "Entities:\t" + TargetText(l.target, "Element") + "\nType:\tRadiation " + l.type + "\nSink temperature:\t" +
+        FaceMarkers(c, group, Marker::Kind::Heat), "Convection");
+  }
+  for (const auto& group : ElementGroups(loads.radiation)) {
+    const ElementLoad& l = *group.front();
+    add("Radiation-" + ElementGroupText(group),
+        "Entities:\t" + ElementGroupText(group) + "\nType:\tRadiation " + l.type + "\nSink temperature:\t" +
             WithUnit(l.values.empty() ? NAN : l.values[0], u.temperature) + "\nEmissivity:\t" +
             FormatNumber(l.values.size() > 1 ? l.values[1] : NAN),
-        FaceMarkers(c, l, Marker::Kind::Heat), "Radiation");
+        FaceMarkers(c, group, Marker::Kind::Heat), "Radiation");
+  }
   for (const auto& group : ByTarget(loads.temperatures)) {
-    const Target& t = group.front()->target;
-    const auto nodes = c.NodesOf(TargetNodes(c.deck, t));
-    add("Temperature-" + TargetText(t, "Node"),
+    const auto nodes = c.NodesOf(GroupNodes(c.deck, group));
+    add("Temperature-" + GroupText(group),
         "Entities:\t" + std::to_string(nodes.size()) + " node(s)\nType:\tTemperature load\nValue:\t" +
             WithUnit(group.back()->value, u.temperature),
         MarkersAt(mesh, nodes, Marker::Kind::Heat, nullptr), "Temperature");

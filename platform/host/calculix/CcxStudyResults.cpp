@@ -120,6 +120,13 @@ private:
 
   void AddPlot(const std::string& kind, const std::string& type, const FrdBlock& block, const FrdField& field,
                const std::string& unit, const std::vector<float>* displacement, double scale) {
+    if (c.data.results.plots.size() >= kMaxPlots) {
+      if (!m_plotsCut)
+        c.Warn(frd->path + ": more than " + std::to_string(kMaxPlots) + " result plots; the results of step " +
+               std::to_string(block.step) + " on are left out of the report");
+      m_plotsCut = true;
+      return;
+    }
     const int index = ++m_counts[kind];
     FixturePlot plot;
     plot.name = Text(kind + std::to_string(index));
@@ -134,6 +141,7 @@ private:
     contour.displacement = displacement;
     contour.displacementScale = scale;
     contour.title = type.substr(type.find(':') == std::string::npos ? 0 : type.find(':') + 2);
+    if (kind == "Amplitude") contour.legend = "Resultant amplitude";
     contour.subtitle = Subtitle(block, scale);
     contour.unit = unit;
     plot.picture = Text(c.pictures->Contour(contour, c.PictureName(kind + std::to_string(index))));
@@ -289,6 +297,8 @@ private:
   const DatFile* dat;
   SurfaceMesh m_surface;
   std::map<std::string, int> m_counts;
+  static constexpr std::size_t kMaxPlots = 40;
+  bool m_plotsCut = false;
 };
 
 }  // namespace
