@@ -27,7 +27,7 @@ for source in "$corpus"/*.inp "$corpus"/*.inp.gz; do
   dir="$work/$job"; mkdir -p "$dir" "$dir/out"
   if [[ "$source" == *.gz ]]; then zcat "$source" >"$dir/$name"; else cp "$source" "$dir/$name"; fi
   # Decks include their neighbours (meshes, sets): copy what the package has beside them.
-  grep -io '^\*include *, *input *= *[^ ,]*' "$dir/$name" | sed 's/.*= *//' | while read -r inc; do
+  { grep -io '^\*include *, *input *= *[^ ,]*' "$dir/$name" || true; } | sed 's/.*= *//' | while read -r inc; do
     for c in "$corpus/$inc" "$corpus/$inc.gz"; do
       [[ -f "$c" ]] || continue
       if [[ "$c" == *.gz ]]; then zcat "$c" >"$dir/$inc"; else cp "$c" "$dir/$inc"; fi
@@ -41,7 +41,7 @@ for source in "$corpus"/*.inp "$corpus"/*.inp.gz; do
   "$program" generate "$dir/$name" --out "$dir/out" >"$dir/stdout" 2>"$dir/stderr"
   code=$?
   set -e
-  reason=$(grep -v '^zpreport: warning' "$dir/stderr" | grep -m1 'zpreport' | sed "s#$dir/##g" | cut -c1-160)
+  reason=$({ grep -v '^zpreport: warning' "$dir/stderr" || true; } | { grep -m1 'zpreport' || true; } | sed "s#$dir/##g" | cut -c1-160)
   printf '%s\t%s\t%s\t%s\n' "$job" "$code" "$solved" "$reason" >>"$log"
   rm -rf "$dir"
 done

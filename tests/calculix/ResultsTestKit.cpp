@@ -15,17 +15,6 @@ const char* const kSolver = "/usr/bin/ccx";
 
 bool HaveSolver() { return ::access(kSolver, X_OK) == 0; }
 
-ScratchDir::ScratchDir() {
-  std::string pattern = (fs::temp_directory_path() / "ccx-results-XXXXXX").string();
-  if (!::mkdtemp(pattern.data())) throw std::runtime_error("cannot make a scratch folder");
-  m_path = pattern;
-}
-
-ScratchDir::~ScratchDir() {
-  std::error_code ec;
-  fs::remove_all(m_path, ec);
-}
-
 ::testing::AssertionResult RunSolver(const ScratchDir& dir, const std::string& job, const std::string& deck) {
   WriteText(dir / (job + ".inp"), deck);
   std::string command = "cd '" + dir.Path().string() + "' && OMP_NUM_THREADS=1 " + kSolver + " -i " + job +

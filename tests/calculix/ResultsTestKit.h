@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include "tests/support/ScratchDir.h"
 
 namespace resultstest {
 
@@ -18,19 +19,7 @@ bool HaveSolver();
 #define SKIP_WITHOUT_SOLVER() \
   if (!resultstest::HaveSolver()) GTEST_SKIP() << "the solver (/usr/bin/ccx) is not installed"
 
-// A fresh folder below the temporary folder, removed with the object.
-class ScratchDir {
-public:
-  ScratchDir();
-  ~ScratchDir();
-  ScratchDir(const ScratchDir&) = delete;
-  ScratchDir& operator=(const ScratchDir&) = delete;
-  const fs::path& Path() const { return m_path; }
-  fs::path operator/(const std::string& name) const { return m_path / name; }
-
-private:
-  fs::path m_path;
-};
+using testsupport::ScratchDir;
 
 // Writes `deck` as dir/job.inp and runs the solver on it there (one thread).
 ::testing::AssertionResult RunSolver(const ScratchDir& dir, const std::string& job, const std::string& deck);

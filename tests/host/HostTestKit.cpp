@@ -11,19 +11,6 @@
 
 namespace hosttest {
 
-ScratchDir::ScratchDir() {
-  static std::atomic<int> counter{0};
-  std::random_device rd;
-  m_path = fs::temp_directory_path() /
-           ("zp-host-" + std::to_string(rd()) + "-" + std::to_string(counter++));
-  fs::create_directories(m_path);
-}
-
-ScratchDir::~ScratchDir() {
-  std::error_code ec;
-  fs::remove_all(m_path, ec);
-}
-
 fs::path SampleFolder() { return fs::path(ZP_SOURCE_DIR) / "examples" / "bracket"; }
 
 nlohmann::json SampleJson() {

@@ -8,24 +8,13 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/mfc/CStringList.h"
+#include "tests/support/ScratchDir.h"
 
 namespace hosttest {
 
 namespace fs = std::filesystem;
 
-// A fresh folder below the temporary folder, removed with the object.
-class ScratchDir {
-public:
-  ScratchDir();
-  ~ScratchDir();
-  ScratchDir(const ScratchDir&) = delete;
-  ScratchDir& operator=(const ScratchDir&) = delete;
-  const fs::path& Path() const { return m_path; }
-  fs::path operator/(const std::string& name) const { return m_path / name; }
-
-private:
-  fs::path m_path;
-};
+using testsupport::ScratchDir;
 
 fs::path SampleFolder();              // examples/bracket
 nlohmann::json SampleJson();          // its study.json

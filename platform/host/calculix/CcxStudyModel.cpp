@@ -633,22 +633,21 @@ void AddLoads(BuildContext& c, const LoadSet& loads, int step) {
             FormatNumber(l.values.empty() ? NAN : l.values[0]),
         FaceMarkers(c, group, Marker::Kind::Heat), "Heat flux");
   }
-  for (const auto& group : ElementGroups(loads.films)) {
-    const ElementLoad& l = *group.front();
-    add("Convection-" + ElementGroupText(group),
-        "Entities:\t" + ElementGroupText(group) + "\nType:\tConvection " + l.type + "\nSink temperature:\t" +
-            WithUnit(l.values.empty() ? NAN : l.values[0], u.temperature) + "\nFilm coefficient:\t" +
-            FormatNumber(l.values.size() > 1 ? l.values[1] : NAN),
-        FaceMarkers(c, group, Marker::Kind::Heat), "Convection");
-  }
-  for (const auto& group : ElementGroups(loads.radiation)) {
-    const ElementLoad& l = *group.front();
-    add("Radiation-" + ElementGroupText(group),
-        "Entities:\t" + ElementGroupText(group) + "\nType:\tRadiation " + l.type + "\nSink temperature:\t" +
-            WithUnit(l.values.empty() ? NAN : l.values[0], u.temperature) + "\nEmissivity:\t" +
-            FormatNumber(l.values.size() > 1 ? l.values[1] : NAN),
-        FaceMarkers(c, group, Marker::Kind::Heat), "Radiation");
-  }
+  // Convection and radiation: a sink temperature and a coefficient each.
+  const struct {
+    const std::vector<ElementLoad>& list;
+    const char* name;
+    const char* coefficient;
+  } exchanges[] = {{loads.films, "Convection", "Film coefficient"}, {loads.radiation, "Radiation", "Emissivity"}};
+  for (const auto& exchange : exchanges)
+    for (const auto& group : ElementGroups(exchange.list)) {
+      const ElementLoad& l = *group.front();
+      add(std::string(exchange.name) + "-" + ElementGroupText(group),
+          "Entities:\t" + ElementGroupText(group) + "\nType:\t" + exchange.name + " " + l.type +
+              "\nSink temperature:\t" + WithUnit(l.values.empty() ? NAN : l.values[0], u.temperature) + "\n" +
+              exchange.coefficient + ":\t" + FormatNumber(l.values.size() > 1 ? l.values[1] : NAN),
+          FaceMarkers(c, group, Marker::Kind::Heat), exchange.name);
+    }
   for (const auto& group : ByTarget(loads.temperatures)) {
     const auto nodes = c.NodesOf(GroupNodes(c.deck, group));
     add("Temperature-" + GroupText(group),
