@@ -31,7 +31,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       }
       default: (void)ccx::ReadDatText(text, "fuzz.dat"); break;
     }
-  } catch (const ccx::DeckError&) {
   } catch (const ccx::ReadError&) {
   }
   return 0;

@@ -13,11 +13,6 @@
 namespace ccx {
 namespace fs = std::filesystem;
 
-DeckError::DeckError(std::string file, long line, const std::string& problem)
-    : std::runtime_error(file + (line > 0 ? ":" + std::to_string(line) : std::string()) + ": " + problem),
-      m_file(std::move(file)),
-      m_line(line) {}
-
 Shape ShapeOfType(const std::string& type) {
   static constexpr std::pair<std::string_view, Shape> kTypes[] = {
       {"C3D8", Shape::Hex8},     {"C3D8R", Shape::Hex8},     {"C3D8I", Shape::Hex8},
@@ -296,7 +291,7 @@ private:
       try {
         ReadFile(target.string(), depth + 1);
       } catch (const DeckError& e) {
-        if (e.Line() > 0) throw;
+        if (e.line() > 0) throw;
         Fail("*INCLUDE " + input + ": " + e.what());
       }
       return;

@@ -12,20 +12,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/host/calculix/CcxError.h"
 #include "platform/host/calculix/CcxMesh.h"
 
 namespace ccx {
 
-class DeckError : public std::runtime_error {
-public:
-  DeckError(std::string file, long line, const std::string& problem);
-  const std::string& File() const { return m_file; }
-  long Line() const { return m_line; }
-
-private:
-  std::string m_file;
-  long m_line;
-};
+// What a deck that cannot be read throws: "FILE:LINE: what is wrong".
+using DeckError = ReadError;
 
 // A table of numbers of a material keyword: its rows as read (a trailing temperature column
 // where the keyword has one).
