@@ -42,7 +42,9 @@ for source in "$corpus"/*.inp "$corpus"/*.inp.gz; do
   code=$?
   set -e
   reason=$({ grep -v '^zpreport: warning' "$dir/stderr" || true; } | { grep -m1 'zpreport' || true; } | sed "s#$dir/##g" | cut -c1-160)
-  printf '%s\t%s\t%s\t%s\n' "$job" "$code" "$solved" "$reason" >>"$log"
+  # What the report says of the results it could not read.
+  results=$({ grep -m1 -E '\.(frd|dat)(:[0-9]+)?: ' "$dir/stderr" || true; } | sed "s#$dir/##g; s#^zpreport: warning: ##" | cut -c1-160)
+  printf '%s\t%s\t%s\t%s\t%s\n' "$job" "$code" "$solved" "$reason" "$results" >>"$log"
   rm -rf "$dir"
 done
 total=$(wc -l <"$log")
@@ -53,6 +55,8 @@ if ((solve)); then
   echo "solved by ccx: $(cut -f3 "$log" | grep -c '^solved$') of $total"
   echo "reports with results: $(awk -F'\t' '$2==0 && $3=="solved"' "$log" | wc -l)"
 fi
+echo "reports that say a result file could not be read: $(awk -F'\t' '$2==0 && $5!=""' "$log" | wc -l)"
+awk -F'\t' '$2==0 && $5!="" {print $5}' "$log" | sed -E 's/^[^:]*:[0-9]*: //; s/[0-9]+/N/g' | sort | uniq -c | sort -rn | head -10
 echo "why the others give no report:"
 awk -F'\t' '$2!=0 {print $4}' "$log" | sed -E 's/^[^:]*:[0-9]*: //; s/^zpreport: //' | sed -E 's/[0-9]+/N/g' | sort | uniq -c | sort -rn | head -20
 echo "(one line per deck: $log)"

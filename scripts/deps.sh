@@ -6,7 +6,7 @@
 #   --with-solver   CalculiX (ccx) and its test decks, for the reports of solved example studies
 set -euo pipefail
 pkgs=(build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev
-      libpugixml-dev libzip-dev libcpp-httplib-dev zlib1g-dev nlohmann-json3-dev libcli11-dev libstb-dev
+      libpugixml-dev libzip-dev libcpp-httplib-dev libmimalloc-dev zlib1g-dev nlohmann-json3-dev libcli11-dev libstb-dev
       clang libclang-rt-14-dev zip locales fonts-dejavu-core)
 for option in "$@"; do
   case "$option" in
