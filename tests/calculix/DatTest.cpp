@@ -255,6 +255,15 @@ TEST(DatText, SampleForms) {
   EXPECT_EQ(flux.mode, 2);
   EXPECT_DOUBLE_EQ(flux.time, 2.0);
   EXPECT_EQ(flux.columns, (std::vector<std::string>{"qx", "qy", "qz"}));
+
+  // Stress rows of shell elements end with the name of the set the solver made for them.
+  const ccx::DatFile shells = ccx::ReadDatText(
+      "\n stresses (elem, integ.pnt.,sxx,syy,szz,sxy,sxz,syz) for set EALL and time  0.1000000E+01\n\n"
+      "         1   1  1.1E-01  2.8E-02  2.6E-02  4.7E-03 -2.6E-03  9.2E-04 _shell_0000000001   \n",
+      "shells.dat");
+  ASSERT_EQ(shells.tables.size(), 1u);
+  EXPECT_EQ(shells.tables[0].valueCount, 6u);
+  EXPECT_DOUBLE_EQ(shells.tables[0].Row(0)[5], 9.2e-4);
 }
 
 struct SpoiltDat {

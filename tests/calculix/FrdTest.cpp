@@ -395,6 +395,13 @@ TEST(FrdText, SampleReads) {
   ASSERT_NE(mises, nullptr);
   EXPECT_FLOAT_EQ(mises->range.max, 80.0f);  // uniaxial: |SXX|
   EXPECT_EQ(mises->range.maxNode, 8);
+
+  // The solver announces a shell model's elements before it expands them: an element block
+  // may hold more than its header says, and all of them are read.
+  std::string more = SampleFrd();
+  const std::string element = " -1         1    1    0    1\n -2         1         2         4         3         5         6         8         7\n";
+  more.insert(more.find(element) + element.size(), " -1         2    1    0    1\n -2         1         2         4         3         5         6         8         7\n");
+  EXPECT_EQ(ccx::ReadFrdText(more, "more.frd").mesh.ElementCount(), 2u);
 }
 
 // The short format (five-digit numbers that may touch), values of more than six components on

@@ -1,5 +1,7 @@
 #include "platform/host/calculix/CcxDat.h"
 
+#include <cctype>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -294,6 +296,11 @@ private:
     }
     std::size_t count = 0;
     for (std::string_view token = NextToken(rest); !token.empty(); token = NextToken(rest)) {
+      // Rows of shell elements end with the name of the element set the solver made for them
+      // ("_shell_0000000001"): a label, not a value.
+      if (count > 0 && (token.front() == '_' || std::isalpha(static_cast<unsigned char>(token.front()))) &&
+          NextToken(rest).empty())
+        break;
       t.values.push_back(Real(token));
       ++count;
     }
