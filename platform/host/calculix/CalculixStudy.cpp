@@ -24,8 +24,9 @@ std::string LowerExtension(const fs::path& path) {
 // empty when there is none.
 fs::path Beside(const fs::path& path, const std::string& lowerExtension) {
   std::error_code ec;
-  for (const std::string& ext : {lowerExtension, std::string(".") + char(std::toupper(lowerExtension[1])) +
-                                                     char(std::toupper(lowerExtension[2])) + char(std::toupper(lowerExtension[3]))}) {
+  std::string upperExtension = lowerExtension;
+  for (char& c : upperExtension) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  for (const std::string& ext : {lowerExtension, upperExtension}) {
     fs::path candidate = path;
     candidate.replace_extension(ext);
     if (fs::is_regular_file(candidate, ec)) return candidate;

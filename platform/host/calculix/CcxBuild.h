@@ -54,7 +54,7 @@ struct BuildContext {
 
   // Node indices of the deck's mesh for the numbers given (unknown numbers left out).
   std::vector<std::uint32_t> NodesOf(const std::vector<int>& numbers) const;
-  // A picture name: "<model>-<what>.png" made safe for a file name.
+  // A picture name: "<model>-<what>" made a file name by the system's one rule, and ".png".
   std::string PictureName(const std::string& what) const;
   // The picture of a fixture or load with its symbols; past the first kMaxItemPictures the
   // items go without a picture (said once).

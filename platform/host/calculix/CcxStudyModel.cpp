@@ -8,7 +8,7 @@
 
 #include "platform/host/calculix/CcxBuild.h"
 #include "platform/host/calculix/CcxGeometry.h"
-#include "platform/system/Time.h"
+#include "platform/system/FileHelpers.h"
 
 namespace ccx {
 namespace fs = std::filesystem;
@@ -125,13 +125,7 @@ std::string BuildContext::ItemPicture(const std::vector<Marker>& markers, const 
 }
 
 std::string BuildContext::PictureName(const std::string& what) const {
-  std::string name = modelName + "-" + what;
-  for (char& c : name)
-    if (c == '/' || c == '\\' || c == ':' || c == '*' || c == '?' || c == '"' || c == '<' || c == '>' || c == '|' ||
-        static_cast<unsigned char>(c) < 32)
-      c = '_';
-  if (name.size() > 120) name.resize(120);
-  return name + ".png";
+  return MakeFileName(CString(modelName + "-" + what)).ToUtf8() + ".png";
 }
 
 namespace {

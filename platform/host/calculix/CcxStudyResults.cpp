@@ -76,7 +76,17 @@ public:
 
   void Run() {
     if (frd) {
-      if (frd->mesh.ElementCount() > 0) m_surface = ExtractSurface(frd->mesh, nullptr);
+      // The result file's mesh is the deck's for solid models: its surface is drawn already.
+      // Shells and beams come expanded into bricks and have a surface of their own.
+      const Mesh& deck = c.deck.mesh;
+      if (frd->mesh.nodeNumbers == deck.nodeNumbers && frd->mesh.offsets == deck.offsets &&
+          frd->mesh.connectivity == deck.connectivity) {
+        m_surface = &c.pictures->Surface();
+      } else {
+        m_ownSurface = ExtractSurface(frd->mesh, nullptr);
+        m_surface = &m_ownSurface;
+      }
+      m_modelSize = Diagonal(frd->mesh);
       Plots();
       Reactions();
     }
@@ -102,12 +112,16 @@ private:
       }
     const FrdField* magnitude = disp->Derived();
     const double largest = magnitude ? std::max(std::fabs(magnitude->range.max), std::fabs(magnitude->range.min)) : 0.0;
+    if (largest > 0 && std::isfinite(m_modelSize) && m_modelSize > 0) scale = m_modelSize / 20 / largest;
+  }
+
+  // The length of the diagonal of the mesh's bounding box.
+  static double Diagonal(const Mesh& mesh) {
     double lo[3] = {INFINITY, INFINITY, INFINITY}, hi[3] = {-INFINITY, -INFINITY, -INFINITY};
-    for (std::size_t i = 0; i < n; ++i)
-      for (int k = 0; k < 3; ++k) lo[k] = std::min(lo[k], frd->mesh.Node(i)[k]), hi[k] = std::max(hi[k], frd->mesh.Node(i)[k]);
-    const double size = std::sqrt((hi[0] - lo[0]) * (hi[0] - lo[0]) + (hi[1] - lo[1]) * (hi[1] - lo[1]) +
-                                  (hi[2] - lo[2]) * (hi[2] - lo[2]));
-    if (largest > 0 && std::isfinite(size) && size > 0) scale = size / 20 / largest;
+    for (std::size_t i = 0; i < mesh.NodeCount(); ++i)
+      for (int k = 0; k < 3; ++k) lo[k] = std::min(lo[k], mesh.Node(i)[k]), hi[k] = std::max(hi[k], mesh.Node(i)[k]);
+    return std::sqrt((hi[0] - lo[0]) * (hi[0] - lo[0]) + (hi[1] - lo[1]) * (hi[1] - lo[1]) +
+                     (hi[2] - lo[2]) * (hi[2] - lo[2]));
   }
 
   std::string Subtitle(const FrdBlock& block, double scale) const {
@@ -136,7 +150,7 @@ private:
     plot.image = c.data.modelName + CString(u"-") + c.data.studyName + Text("-" + kind + "-") + plot.name;
     ContourField contour;
     contour.mesh = &frd->mesh;
-    contour.surface = &m_surface;
+    contour.surface = m_surface;
     contour.values = &field.values;
     contour.displacement = displacement;
     contour.displacementScale = scale;
@@ -295,7 +309,9 @@ private:
   BuildContext& c;
   const FrdFile* frd;
   const DatFile* dat;
-  SurfaceMesh m_surface;
+  const SurfaceMesh* m_surface = nullptr;  // the result mesh's surface
+  SurfaceMesh m_ownSurface;                // when it is not the deck's
+  double m_modelSize = 0;
   std::map<std::string, int> m_counts;
   static constexpr std::size_t kMaxPlots = 40;
   bool m_plotsCut = false;
