@@ -56,8 +56,7 @@ int ReplaceTagWithImage(const SelectionPtr& selection, const CString& tag,
                         const CString& picturePath, int deleteTagIfNoPicture, int forward,
                         int warnIfUnreadable) {
   SelectionPtr sel = selection;
-  int locked = 0;
-  const bool present = !picturePath.IsEmpty() && FileProbe(picturePath, locked);
+  const bool present = FileOpensForReading(picturePath);
   if (!picturePath.IsEmpty() && !present && warnIfUnreadable != 0)
     ShowMessageText(ZpCommonString(54903));
   if (!present && deleteTagIfNoPicture == 0) return 0;

@@ -9,6 +9,10 @@
 namespace docx {
 
 namespace {
+// zlib's fast setting: on a report's XML it deflates about three times as fast as the default
+// level for about a fifth more bytes (the pictures, stored, are most of a report anyway).
+constexpr int kDeflateLevel = 3;
+
 // 1981-01-01 00:00 in MS-DOS form: every entry has this time, so that the archive depends on
 // its entries only.
 constexpr std::uint16_t kDosTime = 0;
@@ -127,7 +131,7 @@ void ZipWriter::Add(const std::string& name, const void* data, std::size_t size,
   } else {
     e.method = 8;
     z_stream zs{};
-    if (deflateInit2(&zs, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
+    if (deflateInit2(&zs, kDeflateLevel, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
       throw std::runtime_error("cannot start deflate");
     std::vector<unsigned char> out(deflateBound(&zs, static_cast<uLong>(size)));
     zs.next_in = const_cast<Bytef*>(static_cast<const Bytef*>(data));
@@ -149,7 +153,7 @@ void ZipWriter::Begin(const std::string& name) {
   if (m_open || m_finished) throw std::logic_error("ZipWriter: an entry is open or the archive is finished");
   if (name.empty() || name.size() > 0xFFFF) throw std::runtime_error("bad entry name");
   if (!m_zsReady) {
-    if (deflateInit2(&m_zs, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
+    if (deflateInit2(&m_zs, kDeflateLevel, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
       throw std::runtime_error("cannot start deflate");
     m_zsReady = true;
     m_zbuf.resize(256 * 1024);

@@ -52,17 +52,21 @@ bool FileDisplayName(const CString& path, CString& name) {
   return !name.IsEmpty();
 }
 
-bool FileProbe(const CString& path, int& locked) {
-  locked = 0;
+bool FileOpensForReading(const CString& path) {
   if (path.IsEmpty()) return false;
-  std::string p = NativePathUtf8(path);
-  int fd = ::open(p.c_str(), O_RDONLY | O_CLOEXEC);
+  const std::string p = NativePathUtf8(path);
+  const int fd = ::open(p.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return false;
   struct stat st {};
-  if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
-    ::close(fd);
-    return false;
-  }
+  const bool file = ::fstat(fd, &st) == 0 && !S_ISDIR(st.st_mode);
+  ::close(fd);
+  return file;
+}
+
+bool FileProbe(const CString& path, int& locked) {
+  locked = 0;
+  if (!FileOpensForReading(path)) return false;
+  const std::string p = NativePathUtf8(path);
   // The exclusive open: a second descriptor that asks for an exclusive lock without waiting.
   int fd2 = ::open(p.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd2 < 0) {
@@ -81,7 +85,6 @@ bool FileProbe(const CString& path, int& locked) {
     }
     ::close(fd2);
   }
-  ::close(fd);
   return true;
 }
 

@@ -10,6 +10,10 @@
 // (flock, or a POSIX record lock of another process) `locked` becomes 1. Then true.
 bool FileProbe(const CString& path, int& locked);
 
+// The first half of FileProbe: false for an empty path, a folder, or a file that cannot be
+// opened for reading; the file is closed again at once. No lock is tried.
+bool FileOpensForReading(const CString& path);
+
 // The name a file browser shows for `path`: its last component, behind either separator. The
 // file is not looked at. False (and `name` empty) when the path ends in a separator or is empty.
 bool FileDisplayName(const CString& path, CString& name);
