@@ -41,6 +41,11 @@ struct Clipboard {
   std::uint64_t source = 0;  // DocModel::Serial() of the document copied from
   std::string sourcePart;
   std::map<std::string, RelInfo> rels;
+  std::uint64_t generation = 0;  // counts the contents the clipboard has held
+  // Pastes of rows of this content into one part of one document (the last one pasted into).
+  std::uint64_t pastedDoc = 0;
+  std::string pastedPart;
+  int pastes = 0;
   pugi::xml_node Root() const { return frag->first_child(); }
 };
 std::shared_ptr<Clipboard> NewClipboard() { return std::make_shared<Clipboard>(); }
@@ -131,6 +136,8 @@ void RetargetRels(DocModel& d, const std::string& part, pugi::xml_node copy) {
   });
 }
 
+pugi::xml_node ClipTable(const Clipboard& clip);
+
 void Reset(Clipboard::Kind kind, DocModel& d, Story& s) {
   Clipboard& clip = d.Clip();
   clip.kind = kind;
@@ -140,6 +147,52 @@ void Reset(Clipboard::Kind kind, DocModel& d, Story& s) {
   clip.source = d.Serial();
   clip.sourcePart = s.PartName();
   clip.rels.clear();
+  ++clip.generation;
+  clip.pastes = 0;
+}
+
+// Whether two trees hold the same nodes, names, attributes and values.
+bool SameTree(pugi::xml_node a, pugi::xml_node b) {
+  if (a.type() != b.type() || std::strcmp(a.name(), b.name()) != 0 || std::strcmp(a.value(), b.value()) != 0)
+    return false;
+  auto x = a.first_attribute(), y = b.first_attribute();
+  for (; x && y; x = x.next_attribute(), y = y.next_attribute())
+    if (std::strcmp(x.name(), y.name()) != 0 || std::strcmp(x.value(), y.value()) != 0) return false;
+  if (x || y) return false;
+  auto c = a.first_child(), e = b.first_child();
+  for (; c && e; c = c.next_sibling(), e = e.next_sibling())
+    if (!SameTree(c, e)) return false;
+  return !c && !e;
+}
+
+// The table whose rows a paste of rows copies into part `part` of `d`. From the second paste
+// of the same content into the same part on, that is a copy of the clipboard's table stashed
+// in the part (Package::Stash), so that the pasted rows share its text instead of each
+// holding their own; the first paste copies from the clipboard itself.
+pugi::xml_node RowsSource(DocModel& d, const std::string& part) {
+  Clipboard& clip = d.Clip();
+  pugi::xml_node table = ClipTable(clip);
+  if (clip.pastedDoc != d.Serial() || clip.pastedPart != part) {
+    clip.pastedDoc = d.Serial();
+    clip.pastedPart = part;
+    clip.pastes = 0;
+  }
+  if (clip.pastes < 0 || ++clip.pastes < 2) return table;
+  const std::string tag = std::to_string(clip.generation);
+  if (auto held = d.Pkg().Stash(part, "clipboard", tag)) return held.first_child();
+  struct ToString : pugi::xml_writer {
+    std::string out;
+    void write(const void* data, size_t size) override { out.append(static_cast<const char*>(data), size); }
+  } markup;
+  table.print(markup, "", pugi::format_raw, pugi::encoding_utf8);
+  pugi::xml_node held = d.Pkg().PutStash(part, "clipboard", tag, markup.out);
+  // Text that a parse would not give back as it is (a tab in an attribute's value, say)
+  // keeps the clipboard as the source.
+  if (!held || !SameTree(held.first_child(), table) || held.first_child().next_sibling()) {
+    clip.pastes = -1;
+    return table;
+  }
+  return held.first_child();
 }
 
 // A copy of paragraph `p` holding only offsets [from, to) of its text.
@@ -369,7 +422,7 @@ void Paste(const DocPtr& doc) {
     if (CommonTable(s, d.sel.start, d.sel.end, &a, &b)) {
       // Above the selected row, or the row of the insertion point.
       auto target = a.tr;
-      for (auto r = FirstRow(ClipTable(clip)); r; r = NextRow(r)) {
+      for (auto r = FirstRow(RowsSource(d, s.PartName())); r; r = NextRow(r)) {
         auto copy = target.parent().insert_copy_before(r, target);
         SanitizeCopy(d, copy);
         RetargetRels(d, s.PartName(), copy);
@@ -387,7 +440,7 @@ void Paste(const DocPtr& doc) {
     if (p && p->kind == Item::Paragraph && p->TextLength() == 0 && Is(prev, "w:tbl")) {
       // In the empty paragraph after a table: the rows join that table.
       auto anchor = LastRow(prev);
-      for (auto r = FirstRow(ClipTable(clip)); r; r = NextRow(r)) {
+      for (auto r = FirstRow(RowsSource(d, s.PartName())); r; r = NextRow(r)) {
         auto copy = anchor.parent().insert_copy_after(r, anchor);
         SanitizeCopy(d, copy);
         RetargetRels(d, s.PartName(), copy);

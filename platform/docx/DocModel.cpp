@@ -190,7 +190,7 @@ void DocModel::InitStories() {
   for (auto& part : m_pkg.PartNames()) {
     std::string ct = m_pkg.ContentType(part);
     if (part == m_mainPart || ct == kCtHeader || ct == kCtFooter) {
-      for (auto x : m_pkg.Xml(part).select_nodes("//wp:docPr")) {
+      for (auto x : m_pkg.Xml(part).document_element().select_nodes(".//wp:docPr")) {
         int id = x.node().attribute("id").as_int();
         if (id > m_nextDrawingId) m_nextDrawingId = id;
       }

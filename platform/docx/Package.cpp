@@ -44,21 +44,114 @@ std::vector<pugi::xml_node> ElementsWith(pugi::xml_node root, const char* name) 
   return std::move(walker.found);
 }
 
-// Takes the engine's own attributes off for the length of a save and puts them back after.
-class DataMarksAside {
+// Passes a part's serialised XML on without the engine's own data marks. pugixml writes an
+// attribute as ` name="value"` with every quote inside the value escaped, so outside quotes
+// in a start tag ` zpData="` can only begin the mark; comments, CDATA, processing
+// instructions and text are passed on as they are. The mark may be split across writes.
+class WithoutDataMarks : public pugi::xml_writer {
  public:
-  explicit DataMarksAside(pugi::xml_document& doc) : m_nodes(ElementsWith(doc, kDataAttr)) {
-    for (auto n : m_nodes) n.remove_attribute(kDataAttr);
+  explicit WithoutDataMarks(pugi::xml_writer& next) : m_next(next) {}
+  void write(const void* data, size_t size) override {
+    const char* p = static_cast<const char*>(data);
+    const char* end = p + size;
+    while (p < end) {
+      // Text and quoted values go on in stretches, up to the character that ends them.
+      if (m_state == Text || m_state == Quoted) {
+        const char stop = m_state == Text ? '<' : '"';
+        const char* at = static_cast<const char*>(std::memchr(p, stop, static_cast<size_t>(end - p)));
+        const char* upTo = at ? at : end;
+        m_out.append(p, upTo);
+        p = upTo;
+        if (!at) break;
+      }
+      Take(*p++);
+    }
+    Flush();
   }
-  ~DataMarksAside() {
-    for (auto n : m_nodes) n.append_attribute(kDataAttr).set_value("1");
+  // Whatever is held back when the output ends (a mark's beginning that wasn't one).
+  void Finish() {
+    m_out += m_held;
+    m_held.clear();
+    Flush();
   }
-  DataMarksAside(const DataMarksAside&) = delete;
-  DataMarksAside& operator=(const DataMarksAside&) = delete;
 
  private:
-  std::vector<pugi::xml_node> m_nodes;
+  enum State { Text, Open, Tag, Quoted, Special, Mark };
+  void Take(char c) {
+    switch (m_state) {
+      case Text:
+        if (c == '<') m_state = Open;
+        m_out.push_back(c);
+        return;
+      case Open:  // just after '<'
+        m_state = (c == '!' || c == '?') ? Special : Tag;
+        m_special.clear();
+        m_out.push_back(c);
+        if (m_state == Special) m_special.push_back(c);
+        return;
+      case Special:  // a comment, CDATA, declaration or instruction: up to its own end
+        m_out.push_back(c);
+        m_special.push_back(c);
+        if (c == '>' && SpecialEnds()) m_state = Text;
+        return;
+      case Quoted:
+        m_out.push_back(c);
+        if (c == '"') m_state = Tag;
+        return;
+      case Mark:  // inside the mark's value: dropped up to its closing quote
+        if (c == '"') m_state = Tag;
+        return;
+      case Tag:
+        if (!m_held.empty() || c == ' ') {
+          m_held.push_back(c);
+          if (m_pattern.compare(0, m_held.size(), m_held) == 0) {
+            if (m_held.size() == m_pattern.size()) {
+              m_held.clear();
+              m_state = Mark;
+            }
+            return;
+          }
+          // Not the mark: pass on what was held, but the last character starts anew.
+          m_held.pop_back();
+          m_out += m_held;
+          m_held.clear();
+          Take(c);
+          return;
+        }
+        m_out.push_back(c);
+        if (c == '"') m_state = Quoted;
+        else if (c == '>') m_state = Text;
+        return;
+    }
+  }
+  bool SpecialEnds() const {
+    const std::string_view s = m_special;
+    auto endsWith = [&](std::string_view end, std::size_t least) {
+      return s.size() >= least && s.substr(s.size() - end.size()) == end;
+    };
+    if (s.rfind("!--", 0) == 0) return endsWith("-->", 6);
+    if (s.rfind("![CDATA[", 0) == 0) return endsWith("]]>", 11);
+    if (s.rfind("?", 0) == 0) return endsWith("?>", 3);
+    return true;  // a doctype
+  }
+  void Flush() {
+    if (m_out.empty()) return;
+    m_next.write(m_out.data(), m_out.size());
+    m_out.clear();
+  }
+  const std::string m_pattern = std::string(" ") + kDataAttr + "=\"";
+  pugi::xml_writer& m_next;
+  State m_state = Text;
+  std::string m_held, m_out, m_special;
 };
+
+// Writes an XML part's tree without the engine's own marks and stashes.
+void SaveXml(const pugi::xml_document& doc, pugi::xml_writer& to) {
+  WithoutDataMarks out(to);
+  for (auto c = doc.first_child(); c; c = c.next_sibling())
+    if (!IsStash(c)) c.print(out, "", pugi::format_raw, pugi::encoding_utf8);
+  out.Finish();
+}
 
 struct ZipHolder {
   zip_t* z = nullptr;
@@ -72,6 +165,39 @@ struct XmlWriter : pugi::xml_writer {
   void write(const void* data, size_t size) override { out.append(static_cast<const char*>(data), size); }
 };
 }  // namespace
+
+bool IsStash(pugi::xml_node n) {
+  return n.type() == pugi::node_element && n.parent().type() == pugi::node_document &&
+         std::strcmp(n.name(), kStashName) == 0;
+}
+
+pugi::xml_node Package::Stash(const std::string& part, const char* slot, const std::string& tag) {
+  pugi::xml_document& doc = Xml(part);
+  for (auto c = doc.document_element().next_sibling(); c; c = c.next_sibling())
+    if (IsStash(c) && std::strcmp(c.attribute("slot").value(), slot) == 0)
+      return tag == c.attribute("tag").value() ? c : pugi::xml_node();
+  return {};
+}
+
+pugi::xml_node Package::PutStash(const std::string& part, const char* slot, const std::string& tag,
+                                 const std::string& markup) {
+  pugi::xml_document& doc = Xml(part);
+  for (auto c = doc.document_element().next_sibling(); c;) {
+    auto next = c.next_sibling();
+    if (IsStash(c) && std::strcmp(c.attribute("slot").value(), slot) == 0) doc.remove_child(c);
+    c = next;
+  }
+  auto holder = doc.append_child(kStashName);
+  holder.append_attribute("slot").set_value(slot);
+  holder.append_attribute("tag").set_value(tag.c_str());
+  // The same options as the part's own parse; the parsed text stays with the document.
+  if (holder.append_buffer(markup.data(), markup.size(), pugi::parse_default | pugi::parse_ws_pcdata_single,
+                           pugi::encoding_utf8).status != pugi::status_ok) {
+    doc.remove_child(holder);
+    return {};
+  }
+  return holder;
+}
 
 bool IsSafeEntryName(const std::string& name) {
   if (name.empty() || name.size() > 1024) return false;
@@ -262,8 +388,7 @@ std::string Package::Bytes(const std::string& part) const {
   if (!it->second.xml) return RawBytes(it->second);
   XmlWriter w;
   w.out = kXmlDeclaration;
-  DataMarksAside aside(*it->second.xml);
-  it->second.xml->save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+  SaveXml(*it->second.xml, w);
   return std::move(w.out);
 }
 
@@ -510,8 +635,7 @@ void Package::SaveFile(const std::string& path) {
       if (part.xml) {
         zip.Begin(name);
         zip.Write(kXmlDeclaration, std::strlen(kXmlDeclaration));
-        DataMarksAside aside(*part.xml);
-        part.xml->save(out, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+        SaveXml(*part.xml, out);
         zip.End();
       } else {
         const std::string* bytes = &part.bytes;

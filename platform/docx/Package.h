@@ -51,6 +51,11 @@ inline constexpr const char* kCtRels = "application/vnd.openxmlformats-package.r
 // written.
 inline constexpr const char* kDataAttr = "zpData";
 
+// The element of the engine's own that holds a stash (Package::Stash) beside a part's root
+// element. No package ever holds one: it is never written.
+inline constexpr const char* kStashName = "zpStash";
+bool IsStash(pugi::xml_node n);
+
 class Package {
  public:
   Package() = default;
@@ -94,6 +99,17 @@ class Package {
   std::string TargetOfId(const std::string& part, const std::string& id);
 
   std::string MainPart();  // the office document part
+
+  // Markup that goes into a part many times over (a picture's drawing, table rows pasted
+  // again and again) can be parsed once into the part's own tree, beside its root element:
+  // the copies made of it with append_copy and insert_copy_* then share the names and values
+  // of that parse instead of each holding its own. A stash is never written and no story
+  // sees it. `slot` names it within the part and `tag` tells what it holds. Stash gives the
+  // holder (whose children are the markup) when the slot holds that tag, else null;
+  // PutStash parses `markup` into the slot in place of what it held and gives the holder, or
+  // null when the markup doesn't parse. The holder must not be changed.
+  pugi::xml_node Stash(const std::string& part, const char* slot, const std::string& tag);
+  pugi::xml_node PutStash(const std::string& part, const char* slot, const std::string& tag, const std::string& markup);
 
  private:
   struct Part {

@@ -325,28 +325,28 @@ static long long AvailableWidth(DocModel& doc, Story& story, int pos) {
 
 namespace {
 
-// The markup of an inline picture, parsed once; each picture is a copy with its own values.
-const pugi::xml_document& DrawingTemplate() {
-  static const pugi::xml_document* const drawing = [] {
-    auto* d = new pugi::xml_document;
-    const char* xml =
-        "<w:drawing><wp:inline distT=\"0\" distB=\"0\" distL=\"0\" distR=\"0\">"
-        "<wp:extent cx=\"0\" cy=\"0\"/>"
-        "<wp:effectExtent l=\"0\" t=\"0\" r=\"0\" b=\"0\"/>"
-        "<wp:docPr id=\"0\" name=\"\"/>"
-        "<wp:cNvGraphicFramePr><a:graphicFrameLocks xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\" noChangeAspect=\"1\"/></wp:cNvGraphicFramePr>"
-        "<a:graphic xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\">"
-        "<a:graphicData uri=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
-        "<pic:pic xmlns:pic=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
-        "<pic:nvPicPr><pic:cNvPr id=\"0\" name=\"\"/><pic:cNvPicPr/></pic:nvPicPr>"
-        "<pic:blipFill><a:blip r:embed=\"\"/><a:stretch><a:fillRect/></a:stretch></pic:blipFill>"
-        "<pic:spPr><a:xfrm><a:off x=\"0\" y=\"0\"/><a:ext cx=\"0\" cy=\"0\"/></a:xfrm>"
-        "<a:prstGeom prst=\"rect\"><a:avLst/></a:prstGeom></pic:spPr></pic:pic></a:graphicData></a:graphic>"
-        "</wp:inline></w:drawing>";
-    if (!d->load_string(xml)) Fail(E_FAIL, "internal picture markup");
-    return d;
-  }();
-  return *drawing;
+// The markup of an inline picture; each picture is a copy with its own values.
+constexpr const char* kDrawingMarkup =
+    "<w:drawing><wp:inline distT=\"0\" distB=\"0\" distL=\"0\" distR=\"0\">"
+    "<wp:extent cx=\"0\" cy=\"0\"/>"
+    "<wp:effectExtent l=\"0\" t=\"0\" r=\"0\" b=\"0\"/>"
+    "<wp:docPr id=\"0\" name=\"\"/>"
+    "<wp:cNvGraphicFramePr><a:graphicFrameLocks xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\" noChangeAspect=\"1\"/></wp:cNvGraphicFramePr>"
+    "<a:graphic xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\">"
+    "<a:graphicData uri=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
+    "<pic:pic xmlns:pic=\"http://schemas.openxmlformats.org/drawingml/2006/picture\">"
+    "<pic:nvPicPr><pic:cNvPr id=\"0\" name=\"\"/><pic:cNvPicPr/></pic:nvPicPr>"
+    "<pic:blipFill><a:blip r:embed=\"\"/><a:stretch><a:fillRect/></a:stretch></pic:blipFill>"
+    "<pic:spPr><a:xfrm><a:off x=\"0\" y=\"0\"/><a:ext cx=\"0\" cy=\"0\"/></a:xfrm>"
+    "<a:prstGeom prst=\"rect\"><a:avLst/></a:prstGeom></pic:spPr></pic:pic></a:graphicData></a:graphic>"
+    "</wp:inline></w:drawing>";
+
+// The markup as stashed in `part`: the copies share its fixed names and values.
+pugi::xml_node DrawingMarkup(Package& pkg, const std::string& part) {
+  pugi::xml_node held = pkg.Stash(part, "drawing", "1");
+  if (!held) held = pkg.PutStash(part, "drawing", "1", kDrawingMarkup);
+  if (!held) Fail(E_FAIL, "internal picture markup");
+  return held.first_child();
 }
 }  // namespace
 
@@ -386,7 +386,7 @@ PlacedPicture InsertPicture(DocModel& doc, Story& story, int pos, ImageInfo img,
   RunProps props = PropsForTyping(story, pos);
   auto run = InsertRun(story, pos, props, &item);
   // A copy of the markup, then its values: extent, ids, the picture's name and relationship.
-  auto drawing = run.append_copy(DrawingTemplate().first_child());
+  auto drawing = run.append_copy(DrawingMarkup(doc.Pkg(), story.PartName()));
   auto inl = drawing.first_child();
   inl.child("wp:extent").attribute("cx").set_value(cx.c_str());
   inl.child("wp:extent").attribute("cy").set_value(cy.c_str());
