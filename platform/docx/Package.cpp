@@ -53,18 +53,42 @@ class WithoutDataMarks : public pugi::xml_writer {
   explicit WithoutDataMarks(pugi::xml_writer& next) : m_next(next) {}
   void write(const void* data, size_t size) override {
     const char* p = static_cast<const char*>(data);
-    const char* end = p + size;
+    const char* const end = p + size;
     while (p < end) {
-      // Text and quoted values go on in stretches, up to the character that ends them.
-      if (m_state == Text || m_state == Quoted) {
-        const char stop = m_state == Text ? '<' : '"';
-        const char* at = static_cast<const char*>(std::memchr(p, stop, static_cast<size_t>(end - p)));
-        const char* upTo = at ? at : end;
-        m_out.append(p, upTo);
-        p = upTo;
-        if (!at) break;
+      if (!m_held.empty()) {  // a mark's beginning that came at the end of the last write
+        Take(*p++);
+        continue;
       }
-      Take(*p++);
+      // Text, values and names go on in stretches, up to the character that ends them.
+      const char* at = p;
+      switch (m_state) {
+        case Text:
+          at = Find(p, end, '<');
+          break;
+        case Quoted:
+        case Mark:
+          at = Find(p, end, '"');
+          break;
+        case Tag:
+          while (at < end && *at != ' ' && *at != '"' && *at != '>') ++at;
+          if (at < end && *at == ' ' && static_cast<size_t>(end - at) >= m_pattern.size()) {
+            if (std::memcmp(at, m_pattern.data(), m_pattern.size()) == 0) {
+              m_out.append(p, at);
+              p = at + m_pattern.size();
+              m_state = Mark;
+              continue;
+            }
+            m_out.append(p, at + 1);
+            p = at + 1;
+            continue;
+          }
+          break;
+        default:
+          break;
+      }
+      if (m_state != Mark) m_out.append(p, at);
+      p = at;
+      if (p < end) Take(*p++);
     }
     Flush();
   }
@@ -77,6 +101,10 @@ class WithoutDataMarks : public pugi::xml_writer {
 
  private:
   enum State { Text, Open, Tag, Quoted, Special, Mark };
+  static const char* Find(const char* p, const char* end, char c) {
+    const void* at = std::memchr(p, c, static_cast<size_t>(end - p));
+    return at ? static_cast<const char*>(at) : end;
+  }
   void Take(char c) {
     switch (m_state) {
       case Text:

@@ -130,6 +130,14 @@ TEST(SharedMarkup, TextOfTheEngineMarksSpellingIsKeptWhereItIsNotTheMark) {
   Session s(parts);
   ASSERT_TRUE(s.FindTag("<T/>"));
   s.Type(" zpData=\"1\" and <w:t zpData=\"1\">");
+  // Thousands of typed paragraphs of every length: the writes of a save end inside marks.
+  std::string many, expected;
+  for (int k = 0; k < 6000; ++k) {
+    const std::string line = std::string(static_cast<size_t>(1 + k % 13), static_cast<char>('a' + k % 26));
+    many += "\r" + line;
+    expected += line + "\n";
+  }
+  s.Type(many);
   s.Save();
   const std::string xml = s.Xml();
   EXPECT_NE(xml.find("<![CDATA[a zpData=\"1\" b]]>"), std::string::npos);
@@ -140,5 +148,5 @@ TEST(SharedMarkup, TextOfTheEngineMarksSpellingIsKeptWhereItIsNotTheMark) {
   ASSERT_TRUE(d.load_string(xml.c_str()));
   EXPECT_FALSE(d.select_node("//@zpData"));
   EXPECT_TRUE(docxtest::XmlFaults(s.saved).empty());
-  EXPECT_EQ(docxtest::BodyText(s.saved), "H\na zpData=\"1\" b\nc\n zpData=\"1\" and <w:t zpData=\"1\">\n");
+  EXPECT_EQ(docxtest::BodyText(s.saved), "H\na zpData=\"1\" b\nc\n zpData=\"1\" and <w:t zpData=\"1\">\n" + expected);
 }
