@@ -307,7 +307,8 @@ int SplitParagraph(Story& s, int pos) {
       c = n;
     }
   }
-  s.Refresh(p);
+  // At the end nothing of the paragraph's content moved: its positions stand as they were.
+  if (!atEnd) s.Refresh(p);
   Item* q = s.AddBlock(qn, p);
   return s.StartOf(q);
 }

@@ -53,11 +53,11 @@ int WalkFind(Story& story, const String& needle, bool matchCase, bool forward, i
              int fromEnd, long long budget, int* ms) {
   const int n = static_cast<int>(needle.size());
   const int length = story.Length();
-  auto hay = [&](const Item* it) -> const String& { return matchCase ? it->text : it->folded; };
+  auto hay = [&](const Item* it) -> const String& { return matchCase ? it->text : it->Folded(); };
   // First (forward) or last (backward) match in `it` at `base` that `ok` accepts.
   auto scan = [&](const Item* it, int base, auto ok) -> long long {
     const String& h = hay(it);
-    if (it->kind != Item::Paragraph || static_cast<int>(h.size()) < n) return -1;
+    if (it->kind != Item::Paragraph || it->allData || static_cast<int>(h.size()) < n) return -1;
     long long found = -1;
     for (size_t k = h.find(needle); k != String::npos; k = h.find(needle, k + 1)) {
       int a = base + static_cast<int>(k);
@@ -158,8 +158,8 @@ bool FindInStory(Story& story, const String& needleIn, bool matchCase, bool forw
     }
   };
   for (Item* it : cands) {
-    const String& hay = matchCase ? it->text : it->folded;
-    if (static_cast<int>(hay.size()) < n) continue;
+    const String& hay = matchCase ? it->text : it->Folded();
+    if (it->allData || static_cast<int>(hay.size()) < n) continue;
     int base = story.StartOf(it);
     for (size_t k = hay.find(needle); k != String::npos; k = hay.find(needle, k + 1))
       if (!it->HoldsData(static_cast<int>(k), static_cast<int>(k) + n)) consider(base + static_cast<int>(k));

@@ -316,7 +316,7 @@ bool Item::HoldsData(int from, int to) const {
 
 void Story::IndexAdd(Item* it) {
   it->grams.clear();
-  const String& f = it->folded;
+  const String& f = it->Folded();
   if (f.size() >= 3 && it->hasData) {
     // Only trigrams wholly outside data, span by span between data segments: Find never
     // matches the others.
@@ -480,10 +480,14 @@ static void Fill(Item* it, DocModel& doc) {
   it->hasData = false;
   if (it->kind == Item::Paragraph) {
     CollectInline(it->node, it);
-    it->folded = Fold(it->text);
+    it->allData = it->hasData && std::all_of(it->segs.begin(), it->segs.end(), [](const Seg& g) { return g.data; });
+    String folded = it->allData ? String() : Fold(it->text);
+    if (it->allData || folded == it->text) it->folded.reset();
+    else it->folded = std::make_unique<String>(std::move(folded));
     it->outline = doc.OutlineLevel(it->node);
   } else {
-    it->folded.clear();
+    it->allData = false;
+    it->folded.reset();
     it->outline = -1;
   }
 }

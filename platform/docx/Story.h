@@ -43,19 +43,23 @@ struct Seg {
 // or the end-of-row mark of a table row (one position).
 struct Item {
   enum Kind : std::uint8_t { Paragraph, RowEnd };
-  Kind kind = Paragraph;
   pugi::xml_node node;           // w:p or w:tr
   // Paragraph cache (rebuilt by Story::Refresh after every change of the paragraph)
   String text;                   // one char per position, without the mark
-  String folded;                 // text case-folded for Find
+  // The text case-folded for Find, when that differs from the text: null when folding
+  // changes nothing, and when all of the text is data (Find passes over it anyway).
+  std::unique_ptr<String> folded;
   std::vector<Seg> segs;
   std::vector<std::uint64_t> grams;  // trigram keys registered in the story index, sorted
   std::vector<std::uint32_t> gramSlots;  // where this item stands in each of those buckets
   std::uint64_t serial = 0;          // unique in its story: tells a live item from a reused address
-  bool resumesFind = false;          // a find hint resumes here (RememberFind)
   int outline = -1;              // resolved outline level 0..8, -1 for none
+  Kind kind = Paragraph;
+  bool resumesFind = false;      // a find hint resumes here (RememberFind)
   bool hasData = false;          // some segment holds text typed from data
+  bool allData = false;          // every segment does: Find can match nothing here
   bool IsHeading() const { return outline >= 0 && outline <= 8; }
+  const String& Folded() const { return folded ? *folded : text; }
   // Whether any of the paragraph offsets [from, to) holds text typed from data.
   bool HoldsData(int from, int to) const;
   int Length() const { return kind == RowEnd ? 1 : static_cast<int>(text.size()) + 1; }
@@ -65,8 +69,8 @@ struct Item {
   Item* left = nullptr;
   Item* right = nullptr;
   Item* parent = nullptr;
-  std::uint32_t prio = 0;
   std::int64_t sumLen = 0;
+  std::uint32_t prio = 0;
   std::int32_t count = 0;
   std::int32_t sumHeadings = 0;
 };
