@@ -44,134 +44,109 @@ std::vector<pugi::xml_node> ElementsWith(pugi::xml_node root, const char* name) 
   return std::move(walker.found);
 }
 
-// Passes a part's serialised XML on without the engine's own data marks. pugixml writes an
-// attribute as ` name="value"` with every quote inside the value escaped, so outside quotes
-// in a start tag ` zpData="` can only begin the mark; comments, CDATA, processing
-// instructions and text are passed on as they are. The mark may be split across writes.
+// Passes a part's serialised XML on without the engine's own data marks. The trees hold
+// elements, attributes and text only (comments, instructions and doctypes are not kept when a
+// part is read, CDATA is read as text, and the engine makes none), so in what pugixml writes
+// '<' and '>' only open and close tags, and a quote inside a tag only opens or closes a value
+// (quotes in values are escaped; in text they stand as they are). ` zpData="1"` is therefore
+// a mark exactly when the nearest '<' or '>' before it is a '<' and an even number of quotes
+// lies between. The attribute is looked for with memmem; only its few finds are looked at
+// more closely. The last bytes of each write wait for the next, in case a mark starts there.
 class WithoutDataMarks : public pugi::xml_writer {
  public:
   explicit WithoutDataMarks(pugi::xml_writer& next) : m_next(next) {}
   void write(const void* data, size_t size) override {
-    const char* p = static_cast<const char*>(data);
-    const char* const end = p + size;
-    while (p < end) {
-      if (!m_held.empty()) {  // a mark's beginning that came at the end of the last write
-        Take(*p++);
-        continue;
+    m_buf.assign(m_held);
+    m_buf.append(static_cast<const char*>(data), size);
+    const std::size_t keep = std::min(m_buf.size(), m_pattern.size() - 1);
+    const std::size_t limit = m_buf.size() - keep;  // a mark found must start before this
+    const char* const base = m_buf.data();
+    std::size_t from = 0, look = 0;
+    while (look < limit) {
+      const void* hit = memmem(base + look, m_buf.size() - look, m_pattern.data(), m_pattern.size());
+      if (!hit) break;
+      const std::size_t at = static_cast<std::size_t>(static_cast<const char*>(hit) - base);
+      if (at >= limit) break;
+      if (IsMark(at)) {
+        Emit(from, at);
+        from = at + m_pattern.size();
       }
-      // Text, values and names go on in stretches, up to the character that ends them.
-      const char* at = p;
-      switch (m_state) {
-        case Text:
-          at = Find(p, end, '<');
-          break;
-        case Quoted:
-        case Mark:
-          at = Find(p, end, '"');
-          break;
-        case Tag:
-          while (at < end && *at != ' ' && *at != '"' && *at != '>') ++at;
-          if (at < end && *at == ' ' && static_cast<size_t>(end - at) >= m_pattern.size()) {
-            if (std::memcmp(at, m_pattern.data(), m_pattern.size()) == 0) {
-              m_out.append(p, at);
-              p = at + m_pattern.size();
-              m_state = Mark;
-              continue;
-            }
-            m_out.append(p, at + 1);
-            p = at + 1;
-            continue;
-          }
-          break;
-        default:
-          break;
-      }
-      if (m_state != Mark) m_out.append(p, at);
-      p = at;
-      if (p < end) Take(*p++);
+      look = at + 1;
     }
-    Flush();
+    // What stands after `limit` waits; a mark that began before it has been taken out whole.
+    const std::size_t end = std::max(from, limit);
+    Emit(from, end);
+    Advance(end);
+    m_held.assign(m_buf, end, std::string::npos);
   }
-  // Whatever is held back when the output ends (a mark's beginning that wasn't one).
   void Finish() {
-    m_out += m_held;
+    if (!m_held.empty()) m_next.write(m_held.data(), m_held.size());
     m_held.clear();
-    Flush();
   }
 
  private:
-  enum State { Text, Open, Tag, Quoted, Special, Mark };
-  static const char* Find(const char* p, const char* end, char c) {
-    const void* at = std::memchr(p, c, static_cast<size_t>(end - p));
-    return at ? static_cast<const char*>(at) : end;
+  void Emit(std::size_t from, std::size_t to) {
+    if (to > from) m_next.write(m_buf.data() + from, to - from);
   }
-  void Take(char c) {
-    switch (m_state) {
-      case Text:
-        if (c == '<') m_state = Open;
-        m_out.push_back(c);
-        return;
-      case Open:  // just after '<'
-        m_state = (c == '!' || c == '?') ? Special : Tag;
-        m_special.clear();
-        m_out.push_back(c);
-        if (m_state == Special) m_special.push_back(c);
-        return;
-      case Special:  // a comment, CDATA, declaration or instruction: up to its own end
-        m_out.push_back(c);
-        m_special.push_back(c);
-        if (c == '>' && SpecialEnds()) m_state = Text;
-        return;
-      case Quoted:
-        m_out.push_back(c);
-        if (c == '"') m_state = Tag;
-        return;
-      case Mark:  // inside the mark's value: dropped up to its closing quote
-        if (c == '"') m_state = Tag;
-        return;
-      case Tag:
-        if (!m_held.empty() || c == ' ') {
-          m_held.push_back(c);
-          if (m_pattern.compare(0, m_held.size(), m_held) == 0) {
-            if (m_held.size() == m_pattern.size()) {
-              m_held.clear();
-              m_state = Mark;
-            }
-            return;
-          }
-          // Not the mark: pass on what was held, but the last character starts anew.
-          m_held.pop_back();
-          m_out += m_held;
-          m_held.clear();
-          Take(c);
-          return;
-        }
-        m_out.push_back(c);
-        if (c == '"') m_state = Quoted;
-        else if (c == '>') m_state = Text;
-        return;
+  // Whether m_buf[at] begins a mark: inside a tag, outside its values.
+  bool IsMark(std::size_t at) const {
+    std::size_t quotes = 0;
+    for (std::size_t k = at; k-- > 0;) {
+      const char c = m_buf[k];
+      if (c == '>') return false;
+      if (c == '<') return quotes % 2 == 0;
+      if (c == '"') ++quotes;
     }
+    return m_inTag && (m_quotes + quotes) % 2 == 0;
   }
-  bool SpecialEnds() const {
-    const std::string_view s = m_special;
-    auto endsWith = [&](std::string_view end, std::size_t least) {
-      return s.size() >= least && s.substr(s.size() - end.size()) == end;
-    };
-    if (s.rfind("!--", 0) == 0) return endsWith("-->", 6);
-    if (s.rfind("![CDATA[", 0) == 0) return endsWith("]]>", 11);
-    if (s.rfind("?", 0) == 0) return endsWith("?>", 3);
-    return true;  // a doctype
+  // The state at m_buf[end], from that at the buffer's start.
+  void Advance(std::size_t end) {
+    std::size_t quotes = 0;
+    for (std::size_t k = end; k-- > 0;) {
+      const char c = m_buf[k];
+      if (c == '>' || c == '<') {
+        m_inTag = c == '<';
+        m_quotes = quotes;
+        return;
+      }
+      if (c == '"') ++quotes;
+    }
+    m_quotes += quotes;
   }
-  void Flush() {
-    if (m_out.empty()) return;
-    m_next.write(m_out.data(), m_out.size());
-    m_out.clear();
-  }
-  const std::string m_pattern = std::string(" ") + kDataAttr + "=\"";
+  const std::string m_pattern = std::string(" ") + kDataAttr + "=\"1\"";
   pugi::xml_writer& m_next;
-  State m_state = Text;
-  std::string m_held, m_out, m_special;
+  std::string m_buf, m_held;
+  bool m_inTag = false;       // at the start of m_buf: inside a tag
+  std::size_t m_quotes = 0;   // and the quotes since its '<'
 };
+
+// Makes every CDATA section below `root` a text node of the same text.
+void CdataAsText(pugi::xml_node root) {
+  std::vector<pugi::xml_node> found;
+  struct Walker : pugi::xml_tree_walker {
+    std::vector<pugi::xml_node>* found;
+    bool for_each(pugi::xml_node& n) override {
+      if (n.type() == pugi::node_cdata) found->push_back(n);
+      return true;
+    }
+  } walker;
+  walker.found = &found;
+  root.traverse(walker);
+  for (auto n : found) {
+    // Joined with text standing next to it, so that an element holds one text node.
+    std::string text;
+    auto prev = n.previous_sibling(), next = n.next_sibling();
+    if (prev.type() == pugi::node_pcdata) text = prev.value();
+    text += n.value();
+    if (next.type() == pugi::node_pcdata) {
+      text += next.value();
+      next.parent().remove_child(next);
+    }
+    if (prev.type() != pugi::node_pcdata) prev = n.parent().insert_child_before(pugi::node_pcdata, n);
+    prev.set_value(text.c_str());
+    n.parent().remove_child(n);
+  }
+}
 
 // Writes an XML part's tree without the engine's own marks and stashes.
 void SaveXml(const pugi::xml_document& doc, pugi::xml_writer& to) {
@@ -461,6 +436,8 @@ pugi::xml_document& Package::Xml(const std::string& part) {
       if (n.type() == pugi::node_declaration) doc->remove_child(n);
       n = next;
     }
+    // CDATA is text like any other (the mark filter of the save counts on that).
+    if (std::string_view(it->second.bytes).find("<![CDATA[") != std::string_view::npos) CdataAsText(*doc);
     // Text read from a package is never data, whatever its XML says.
     if (std::string_view(it->second.bytes).find(kDataAttr) != std::string_view::npos)
       for (auto n : ElementsWith(*doc, kDataAttr)) n.remove_attribute(kDataAttr);
@@ -658,7 +635,6 @@ void Package::SaveFile(const std::string& path) {
       void write(const void* data, size_t size) override { zip->Write(data, size); }
     } out;
     out.zip = &zip;
-    std::string spooled;  // one picture at a time
     auto add = [&](const std::string& name, const Part& part) {
       if (part.xml) {
         zip.Begin(name);
@@ -666,12 +642,11 @@ void Package::SaveFile(const std::string& path) {
         SaveXml(*part.xml, out);
         zip.End();
       } else {
-        const std::string* bytes = &part.bytes;
-        if (part.spooled) {
-          m_spool.Get(part.spoolAt, part.spoolSize, spooled);
-          bytes = &spooled;
-        }
-        zip.Add(name, bytes->data(), bytes->size(), !IsCompressedData(bytes->data(), bytes->size()));
+        std::string bytes;
+        if (part.spooled) m_spool.Get(part.spoolAt, part.spoolSize, bytes);
+        else bytes = part.bytes;
+        const bool deflate = !IsCompressedData(bytes.data(), bytes.size());
+        zip.Add(name, std::move(bytes), deflate);
       }
     };
     add(kContentTypes, m_parts.at(kContentTypes));

@@ -1,5 +1,13 @@
 #include "platform/docx/ZipWriter.h"
 
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <zlib.h>
+
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,7 +26,6 @@ constexpr int kDeflateLevel = 3;
 constexpr std::uint16_t kDosTime = 0;
 constexpr std::uint16_t kDosDate = (1 << 9) | (1 << 5) | 1;
 constexpr std::size_t kBufferSize = 1 << 20;
-constexpr std::size_t kPendingSize = 128 * 1024;
 constexpr std::uint32_t kMax32 = 0xFFFFFFFFu;
 
 void Le16(std::string& out, std::uint16_t v) {
@@ -57,16 +64,53 @@ bool IsCompressedData(const void* data, std::size_t size) {
   return false;
 }
 
-ZipWriter::ZipWriter(int fd) : m_fd(fd) {
-  m_buffer.reserve(kBufferSize);
-  m_pending.reserve(kPendingSize);
-}
+// The archive's bytes, written on the calling thread: entries one after another into a
+// buffer that goes to the file a megabyte at a time.
+class ZipWriter::Core {
+ public:
+  explicit Core(int fd);
+  ~Core();
+  Core(const Core&) = delete;
+  Core& operator=(const Core&) = delete;
+  void Add(const std::string& name, const void* data, std::size_t size, bool deflate);
+  void Begin(const std::string& name);
+  void Write(const void* data, std::size_t size) { Compress(data, size); }
+  void End();
+  void Finish();
 
-ZipWriter::~ZipWriter() {
+ private:
+  struct Entry {
+    std::string name;
+    std::uint64_t offset = 0;      // of its local header
+    std::uint32_t crc = 0;
+    std::uint64_t compressed = 0;
+    std::uint64_t size = 0;
+    std::uint16_t method = 0;      // 0 stored, 8 deflated
+  };
+
+  void LocalHeader(Entry& e);
+  void Compress(const void* data, std::size_t size);
+  void Deflate(const void* data, std::size_t size, int flush);
+  void Put(const void* data, std::size_t size);
+  void Flush();
+  void PatchLocalHeader(const Entry& e);
+
+  int m_fd;
+  std::uint64_t m_offset = 0;     // bytes written or buffered so far
+  std::vector<unsigned char> m_buffer;
+  std::vector<Entry> m_entries;
+  z_stream m_zs{};
+  bool m_zsReady = false;
+  std::vector<unsigned char> m_zbuf;
+};
+
+ZipWriter::Core::Core(int fd) : m_fd(fd) { m_buffer.reserve(kBufferSize); }
+
+ZipWriter::Core::~Core() {
   if (m_zsReady) deflateEnd(&m_zs);
 }
 
-void ZipWriter::Flush() {
+void ZipWriter::Core::Flush() {
   const unsigned char* p = m_buffer.data();
   std::size_t n = m_buffer.size();
   while (n > 0) {
@@ -79,7 +123,7 @@ void ZipWriter::Flush() {
   m_buffer.clear();
 }
 
-void ZipWriter::Put(const void* data, std::size_t size) {
+void ZipWriter::Core::Put(const void* data, std::size_t size) {
   auto* p = static_cast<const unsigned char*>(data);
   m_offset += size;
   if (m_buffer.size() + size > kBufferSize) Flush();
@@ -96,7 +140,7 @@ void ZipWriter::Put(const void* data, std::size_t size) {
   m_buffer.insert(m_buffer.end(), p, p + size);
 }
 
-void ZipWriter::LocalHeader(Entry& e) {
+void ZipWriter::Core::LocalHeader(Entry& e) {
   e.offset = m_offset;
   std::string h;
   h.reserve(30 + e.name.size());
@@ -115,9 +159,7 @@ void ZipWriter::LocalHeader(Entry& e) {
   Put(h.data(), h.size());
 }
 
-void ZipWriter::Add(const std::string& name, const void* data, std::size_t size, bool deflate) {
-  if (m_open || m_finished) throw std::logic_error("ZipWriter: an entry is open or the archive is finished");
-  if (name.empty() || name.size() > 0xFFFF) throw std::runtime_error("bad entry name");
+void ZipWriter::Core::Add(const std::string& name, const void* data, std::size_t size, bool deflate) {
   CheckSize(name, size);
   Entry e;
   e.name = name;
@@ -149,9 +191,7 @@ void ZipWriter::Add(const std::string& name, const void* data, std::size_t size,
   m_entries.push_back(std::move(e));
 }
 
-void ZipWriter::Begin(const std::string& name) {
-  if (m_open || m_finished) throw std::logic_error("ZipWriter: an entry is open or the archive is finished");
-  if (name.empty() || name.size() > 0xFFFF) throw std::runtime_error("bad entry name");
+void ZipWriter::Core::Begin(const std::string& name) {
   if (!m_zsReady) {
     if (deflateInit2(&m_zs, kDeflateLevel, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
       throw std::runtime_error("cannot start deflate");
@@ -165,10 +205,9 @@ void ZipWriter::Begin(const std::string& name) {
   e.method = 8;
   LocalHeader(e);
   m_entries.push_back(std::move(e));
-  m_open = true;
 }
 
-void ZipWriter::Deflate(const void* data, std::size_t size, int flush) {
+void ZipWriter::Core::Deflate(const void* data, std::size_t size, int flush) {
   Entry& e = m_entries.back();
   m_zs.next_in = const_cast<Bytef*>(static_cast<const Bytef*>(data));
   m_zs.avail_in = static_cast<uInt>(size);
@@ -184,29 +223,7 @@ void ZipWriter::Deflate(const void* data, std::size_t size, int flush) {
   }
 }
 
-void ZipWriter::Write(const void* data, std::size_t size) {
-  if (!m_open) throw std::logic_error("ZipWriter: no entry is open");
-  // Small pieces (a serialiser writes a few kilobytes at a time) gather before deflate.
-  if (m_pending.size() + size <= kPendingSize) {
-    m_pending.insert(m_pending.end(), static_cast<const unsigned char*>(data),
-                     static_cast<const unsigned char*>(data) + size);
-    return;
-  }
-  FlushPending();
-  if (size < kPendingSize) {
-    m_pending.assign(static_cast<const unsigned char*>(data), static_cast<const unsigned char*>(data) + size);
-    return;
-  }
-  Compress(data, size);
-}
-
-void ZipWriter::FlushPending() {
-  if (m_pending.empty()) return;
-  Compress(m_pending.data(), m_pending.size());
-  m_pending.clear();
-}
-
-void ZipWriter::Compress(const void* data, std::size_t size) {
+void ZipWriter::Core::Compress(const void* data, std::size_t size) {
   Entry& e = m_entries.back();
   // deflate takes at most 4 GiB at a time.
   auto* p = static_cast<const unsigned char*>(data);
@@ -221,17 +238,14 @@ void ZipWriter::Compress(const void* data, std::size_t size) {
   }
 }
 
-void ZipWriter::End() {
-  if (!m_open) throw std::logic_error("ZipWriter: no entry is open");
-  FlushPending();
+void ZipWriter::Core::End() {
   Deflate(nullptr, 0, Z_FINISH);
-  m_open = false;
   const Entry& e = m_entries.back();
   CheckSize(e.name, e.compressed);
   PatchLocalHeader(e);
 }
 
-void ZipWriter::PatchLocalHeader(const Entry& e) {
+void ZipWriter::Core::PatchLocalHeader(const Entry& e) {
   std::string fields;
   Le32(fields, e.crc);
   Le32(fields, static_cast<std::uint32_t>(e.compressed));
@@ -256,9 +270,7 @@ void ZipWriter::PatchLocalHeader(const Entry& e) {
   }
 }
 
-void ZipWriter::Finish() {
-  if (m_open || m_finished) throw std::logic_error("ZipWriter: an entry is open or the archive is finished");
-  m_finished = true;
+void ZipWriter::Core::Finish() {
   const std::uint64_t cdStart = m_offset;
   std::string cd;
   for (const Entry& e : m_entries) {
@@ -320,6 +332,193 @@ void ZipWriter::Finish() {
   Le16(end, 0);
   Put(end.data(), end.size());
   Flush();
+}
+
+// ---- the writing thread
+
+struct ZipWriter::Job {
+  enum Kind { Stored, Deflated, Begin, Data, End, Finish } kind;
+  std::string name;   // Stored, Deflated, Begin
+  std::string bytes;  // Stored, Deflated, Data
+};
+
+// Jobs in the order they were handed over, done one after another by one thread. The caller
+// waits while more than kQueueBytes are queued, so what is held stays small. After a failure
+// the jobs still to come are dropped and the failure is kept for the caller.
+class ZipWriter::Queue {
+ public:
+  explicit Queue(Core& core) : m_core(core) {
+    try {
+      m_thread = std::thread([this] { Work(); });
+    } catch (const std::system_error&) {
+      m_inline = true;  // no thread to be had: the jobs are done as they come
+    }
+  }
+  ~Queue() {
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      m_stop = true;
+    }
+    m_wake.notify_all();
+    if (m_thread.joinable()) m_thread.join();
+  }
+  Queue(const Queue&) = delete;
+  Queue& operator=(const Queue&) = delete;
+
+  void Push(Job job) {
+    if (m_inline) {
+      RethrowLocked();
+      try {
+        Do(job);
+      } catch (const std::exception& e) {
+        m_failure = *e.what() ? e.what() : "cannot write the archive";
+        throw;
+      }
+      return;
+    }
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_room.wait(lock, [&] { return m_queued <= kQueueBytes || m_jobs.empty() || !m_failure.empty(); });
+    RethrowLocked();
+    m_queued += job.bytes.size();
+    m_jobs.push_back(std::move(job));
+    lock.unlock();
+    m_wake.notify_one();
+  }
+  // Waits until every job is done; throws the failure if there was one.
+  void Drain() {
+    if (!m_inline) {
+      std::unique_lock<std::mutex> lock(m_mutex);
+      m_room.wait(lock, [&] { return (m_jobs.empty() && !m_busy) || !m_failure.empty(); });
+    }
+    Rethrow();
+  }
+
+ private:
+  static constexpr std::size_t kQueueBytes = 1u << 20;
+  void Work() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    for (;;) {
+      m_wake.wait(lock, [&] { return m_stop || !m_jobs.empty(); });
+      if (m_stop) return;  // what is left is dropped: the archive is given up
+      Job job = std::move(m_jobs.front());
+      m_jobs.pop_front();
+      m_queued -= job.bytes.size();
+      const bool failed = !m_failure.empty();
+      m_busy = !failed;
+      lock.unlock();
+      m_room.notify_all();
+      std::string failure;
+      if (!failed) {
+        try {
+          Do(job);
+        } catch (const std::exception& e) {
+          failure = e.what();
+          if (failure.empty()) failure = "cannot write the archive";
+        }
+      }
+      lock.lock();
+      m_busy = false;
+      if (!failure.empty() && m_failure.empty()) m_failure = failure;
+      if (!failure.empty() || m_jobs.empty()) m_room.notify_all();
+    }
+  }
+  void Do(Job& job) {
+    switch (job.kind) {
+      case Job::Stored: m_core.Add(job.name, job.bytes.data(), job.bytes.size(), false); break;
+      case Job::Deflated: m_core.Add(job.name, job.bytes.data(), job.bytes.size(), true); break;
+      case Job::Begin: m_core.Begin(job.name); break;
+      case Job::Data: m_core.Write(job.bytes.data(), job.bytes.size()); break;
+      case Job::End: m_core.End(); break;
+      case Job::Finish: m_core.Finish(); break;
+    }
+  }
+  void Rethrow() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    RethrowLocked();
+  }
+  void RethrowLocked() {
+    if (!m_failure.empty()) throw std::runtime_error(m_failure);
+  }
+
+  Core& m_core;
+  std::mutex m_mutex;
+  std::condition_variable m_wake;  // for the thread: a job came, or stop
+  std::condition_variable m_room;  // for the caller: room in the queue, or all done, or a failure
+  std::deque<Job> m_jobs;
+  std::size_t m_queued = 0;        // bytes in m_jobs
+  bool m_busy = false;             // the thread is doing a job
+  bool m_stop = false;
+  bool m_inline = false;
+  std::string m_failure;
+  std::thread m_thread;            // last: started once the rest is in place
+};
+
+namespace {
+constexpr std::size_t kChunkSize = 256 * 1024;  // what Write gathers before handing it over
+
+void CheckName(const std::string& name) {
+  if (name.empty() || name.size() > 0xFFFF) throw std::runtime_error("bad entry name");
+}
+}  // namespace
+
+ZipWriter::ZipWriter(int fd) : m_core(std::make_unique<Core>(fd)), m_queue(std::make_unique<Queue>(*m_core)) {
+  m_chunk.reserve(kChunkSize);
+}
+
+// The queue goes first: its thread stops (dropping what is left) before the core goes.
+ZipWriter::~ZipWriter() { m_queue.reset(); }
+
+void ZipWriter::Hand(Job job) { m_queue->Push(std::move(job)); }
+
+void ZipWriter::HandChunk() {
+  if (m_chunk.empty()) return;
+  Job job{Job::Data, {}, std::move(m_chunk)};
+  m_chunk = std::string();
+  m_chunk.reserve(kChunkSize);
+  Hand(std::move(job));
+}
+
+void ZipWriter::Add(const std::string& name, const void* data, std::size_t size, bool deflate) {
+  Add(name, std::string(static_cast<const char*>(data), size), deflate);
+}
+
+void ZipWriter::Add(const std::string& name, std::string&& bytes, bool deflate) {
+  if (m_open || m_finished) throw std::logic_error("ZipWriter: an entry is open or the archive is finished");
+  CheckName(name);
+  Hand(Job{deflate ? Job::Deflated : Job::Stored, name, std::move(bytes)});
+}
+
+void ZipWriter::Begin(const std::string& name) {
+  if (m_open || m_finished) throw std::logic_error("ZipWriter: an entry is open or the archive is finished");
+  CheckName(name);
+  Hand(Job{Job::Begin, name, {}});
+  m_open = true;
+}
+
+void ZipWriter::Write(const void* data, std::size_t size) {
+  if (!m_open) throw std::logic_error("ZipWriter: no entry is open");
+  const char* p = static_cast<const char*>(data);
+  while (size > 0) {
+    const std::size_t n = std::min(size, kChunkSize - m_chunk.size());
+    m_chunk.append(p, n);
+    p += n;
+    size -= n;
+    if (m_chunk.size() == kChunkSize) HandChunk();
+  }
+}
+
+void ZipWriter::End() {
+  if (!m_open) throw std::logic_error("ZipWriter: no entry is open");
+  m_open = false;
+  HandChunk();
+  Hand(Job{Job::End, {}, {}});
+}
+
+void ZipWriter::Finish() {
+  if (m_open || m_finished) throw std::logic_error("ZipWriter: an entry is open or the archive is finished");
+  m_finished = true;
+  Hand(Job{Job::Finish, {}, {}});
+  m_queue->Drain();
 }
 
 }  // namespace docx

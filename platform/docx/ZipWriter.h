@@ -5,16 +5,16 @@
 // give the same bytes. Zip64 records are written when the archive needs them (more than 65,535
 // entries, or offsets past 4 GiB).
 #include <cstdint>
+#include <memory>
 #include <string>
-#include <vector>
-
-#include <zlib.h>
 
 namespace docx {
 
 class ZipWriter {
  public:
-  // Writes to fd (open for writing, at offset 0); the descriptor stays the caller's.
+  // Writes to fd (open for writing, at offset 0); the descriptor stays the caller's. The
+  // deflating, the checksums and the writes happen on a thread of the writer's own while the
+  // caller goes on making the next bytes; the archive is the same bytes as without it.
   explicit ZipWriter(int fd);
   ~ZipWriter();
   ZipWriter(const ZipWriter&) = delete;
@@ -22,6 +22,7 @@ class ZipWriter {
 
   // An entry whose bytes are all at hand: stored, or deflated when `deflate` is true.
   void Add(const std::string& name, const void* data, std::size_t size, bool deflate);
+  void Add(const std::string& name, std::string&& bytes, bool deflate);
 
   // An entry that comes in pieces: Begin, any number of Write, End. Always deflated.
   void Begin(const std::string& name);
@@ -29,37 +30,22 @@ class ZipWriter {
   void End();
 
   // The central directory; nothing may be added afterwards. Every member throws
-  // std::runtime_error when the file can't be written.
+  // std::runtime_error when the file can't be written (a failure of the writing thread comes
+  // out of the next call, at the latest from Finish).
   void Finish();
 
  private:
-  struct Entry {
-    std::string name;
-    std::uint64_t offset = 0;      // of its local header
-    std::uint32_t crc = 0;
-    std::uint64_t compressed = 0;
-    std::uint64_t size = 0;
-    std::uint16_t method = 0;      // 0 stored, 8 deflated
-  };
+  struct Job;
+  class Core;   // the archive's bytes, one entry after another
+  class Queue;  // what the caller has handed over and the writing thread has yet to do
+  void Hand(Job job);
+  void HandChunk();
 
-  void LocalHeader(Entry& e);
-  void FlushPending();
-  void Compress(const void* data, std::size_t size);
-  void Deflate(const void* data, std::size_t size, int flush);
-  void Put(const void* data, std::size_t size);
-  void Flush();
-  void PatchLocalHeader(const Entry& e);
-
-  int m_fd;
-  std::uint64_t m_offset = 0;     // bytes written or buffered so far
-  std::vector<unsigned char> m_buffer;
-  std::vector<Entry> m_entries;
+  std::unique_ptr<Core> m_core;
+  std::unique_ptr<Queue> m_queue;
   bool m_open = false;            // an entry between Begin and End
   bool m_finished = false;
-  z_stream m_zs{};
-  bool m_zsReady = false;
-  std::vector<unsigned char> m_zbuf;
-  std::vector<unsigned char> m_pending;  // what Write gathered for deflate
+  std::string m_chunk;            // what Write gathered, not yet handed over
 };
 
 // True for bytes that deflate can't make smaller: JPEG, PNG, GIF, and zip packages (embedded

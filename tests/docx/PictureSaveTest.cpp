@@ -6,7 +6,9 @@
 // twice: LargeStudy.)
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <zip.h>
@@ -264,4 +266,42 @@ TEST(ZipWriter, ManyEntriesGetZip64RecordsAndReadBack) {
     EXPECT_EQ(got, text) << name;
   }
   zip_close(z);
+}
+
+TEST(ZipWriter, AFailedWriteComesOutOfTheCallsThatFollowAndAnAbandonedArchiveLetsGo) {
+  // A device that takes no byte: the writing thread fails, and the caller hears of it no later
+  // than at Finish, with the system's reason, and from every call after that.
+  const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+  if (full < 0) GTEST_SKIP() << "no /dev/full here";
+  {
+    docx::ZipWriter zip(full);
+    const std::string block(3 << 20, 'x');
+    std::string message;
+    try {
+      for (int i = 0; i < 8; ++i) {
+        zip.Add("stored/" + std::to_string(i), block.data(), block.size(), false);
+        zip.Begin("xml/" + std::to_string(i));
+        zip.Write(block.data(), block.size());
+        zip.End();
+      }
+      zip.Finish();
+    } catch (const std::runtime_error& e) {
+      message = e.what();
+    }
+    EXPECT_NE(message.find("cannot write the archive"), std::string::npos) << message;
+    EXPECT_THROW(zip.Add("after", "x", 1, false), std::exception);
+  }
+  ::close(full);
+  // Given up half way, with entries still queued: the writer goes without waiting for them.
+  TempDir dir;
+  FILE* f = std::fopen(dir.File("abandoned.zip").c_str(), "wb");
+  ASSERT_NE(f, nullptr);
+  {
+    docx::ZipWriter zip(fileno(f));
+    const std::string block(1 << 20, 'y');
+    for (int i = 0; i < 6; ++i) zip.Add("e" + std::to_string(i), block.data(), block.size(), true);
+    zip.Begin("open");
+    zip.Write(block.data(), 100);
+  }
+  std::fclose(f);
 }
