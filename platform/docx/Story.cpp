@@ -413,8 +413,9 @@ void Story::IndexRemove(Item* it) {
     }
     if (bucket.empty()) m_index.erase(b);
   }
-  it->grams.clear();
-  it->gramSlots.clear();
+  // Given back, not kept: a tag's paragraph filled with data has no trigrams any more.
+  std::vector<std::uint64_t>().swap(it->grams);
+  std::vector<std::uint32_t>().swap(it->gramSlots);
 }
 
 namespace {
