@@ -214,6 +214,32 @@ static void InsertPlain(Story& s, Item* p, int off, const String& text, const Ru
   s.Refresh(p);
 }
 
+int ReplaceOnlyRun(Story& s, int start, int end, const String& line, bool data) {
+  if (line.empty() || !IsPlainText(line) || start >= end) return -1;
+  int off = 0;
+  Item* p = s.ItemAt(start, &off);
+  if (!p || p->kind != Item::Paragraph || off != 0 || p->segs.size() != 1) return -1;
+  const Seg& g = p->segs.front();
+  if (g.kind != Seg::Text || !Is(g.node, "w:t") || end - start != static_cast<int>(g.len) ||
+      g.len != p->text.size())
+    return -1;
+  // The run: at the paragraph's end, nothing but its (non-empty) properties and this w:t.
+  pugi::xml_node run = g.Run(), t = g.node;
+  if (run.parent() != p->node || run.next_sibling() || !Is(run, "w:r")) return -1;
+  for (auto c = run.first_child(); c; c = c.next_sibling()) {
+    if (c == t) continue;
+    if (!Is(c, "w:rPr") || c != run.first_child() || !c.first_child()) return -1;
+  }
+  for (auto c = t.first_child(); c; c = c.next_sibling())
+    if (c.type() != pugi::node_pcdata || c != t.first_child()) return -1;
+  while (auto a = run.first_attribute()) run.remove_attribute(a);
+  while (auto a = t.first_attribute()) t.remove_attribute(a);
+  SetText(t, ToUtf8(line));
+  Marked(t, data);
+  s.Refresh(p);
+  return start + static_cast<int>(line.size());
+}
+
 bool IsTagToken(const String& text) {
   if (text.size() < 3 || text.front() != u'<' || text.compare(text.size() - 2, 2, u"/>") != 0) return false;
   for (size_t k = 1; k + 2 < text.size(); ++k)

@@ -31,6 +31,15 @@ RunProps PropsOfCharAt(Story& s, int pos);
 // members insert data unless the text is a tag token (IsTagToken).
 int InsertText(Story& s, int pos, const String& text, const RunProps& props, bool data);
 
+// Typing `line` (text without control characters) over [start, end) when that is the whole
+// text of a paragraph holding a single run of plain text (a template's tag, say): the run and
+// its w:t take the text where they stand. The result is what deleting the text and typing it
+// with the run's properties gives (a run without attributes, of the same properties, as the
+// paragraph's last child), made without dropping nodes and making new ones. Returns the
+// position after the text, or -1 (and changes nothing) when the paragraph or the span is not
+// of that shape.
+int ReplaceOnlyRun(Story& s, int start, int end, const String& line, bool data);
+
 // A tag as callers type one to find it again: `<`, then no `<`, `>` or control character,
 // then `/>`.
 bool IsTagToken(const String& text);

@@ -1122,6 +1122,26 @@ void SelectionImpl::DeleteSelection(bool backspace) {
 void SelectionImpl::TypeText(const Word::String& text) {
   DocModel& d = Live(m_doc);
   auto& sel = d.sel;
+  const bool data = !IsTagToken(text);
+  if (!sel.Collapsed() && d.Options().replaceSelection) {
+    // Over the whole of a paragraph's one run (a tag being filled): its first line goes into
+    // that run, the rest as typed after it.
+    const bool lfPara = d.Options().lineFeedAsParagraph;
+    std::size_t cut = 0;
+    while (cut < text.size() && text[cut] >= 0x20) ++cut;
+    const bool breaks = cut == text.size() || text[cut] == u'\r' || (lfPara && text[cut] == u'\n');
+    int at = breaks ? ReplaceOnlyRun(*sel.story, sel.start, sel.end, text.substr(0, cut), data) : -1;
+    if (at >= 0) {
+      d.pending = DocModel::Pending{};
+      int end = at;
+      if (cut < text.size()) {
+        const RunProps props = PropsOfCharAt(*sel.story, at - 1);
+        end = InsertText(*sel.story, at, text.substr(cut), props, data);
+      }
+      sel = SelectionState{sel.story, end, end, false};
+      return;
+    }
+  }
   RunProps props;
   if (!sel.Collapsed()) {
     props = PropsOfCharAt(*sel.story, sel.start);
@@ -1137,7 +1157,7 @@ void SelectionImpl::TypeText(const Word::String& text) {
   }
   d.pending = DocModel::Pending{};
   if (IsRowEndPos(*sel.story, sel.start)) NotAvailable("typing at the end of a table row");
-  int end = InsertText(*sel.story, sel.start, text, props, !IsTagToken(text));
+  int end = InsertText(*sel.story, sel.start, text, props, data);
   sel = SelectionState{sel.story, end, end, false};
 }
 

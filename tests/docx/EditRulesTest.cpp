@@ -61,3 +61,49 @@ TEST(EditRules, FindFoldsNonAsciiCaseAndTypesControlCharacters) {
   EXPECT_TRUE(Execute(d.sel, u"ωMEGA", false));
   EXPECT_EQ(BodyText(d.Save()), "Größe a\tb\vc\nd Ωmega\n");
 }
+
+// A tag alone in its paragraph, typed over as the writers fill it: the typed text has the
+// tag's run properties and none of the run's or w:t's attributes, lines after the first make
+// paragraphs of the same properties, and the text is data (a tag token typed whole is not).
+// Paragraphs of other shapes come out the same way as ever.
+TEST(EditRules, TypingOverATagAloneInItsParagraphGivesTheRunOfTheTypedText) {
+  const std::string bold = "<w:rPr><w:b/></w:rPr>";
+  auto tagPara = [&](const std::string& tag, const std::string& runAttrs, const std::string& rPr,
+                     const std::string& after) {
+    return "<w:p><w:pPr><w:jc w:val=\"center\"/></w:pPr><w:r" + runAttrs + ">" + rPr +
+           "<w:t xml:space=\"preserve\">" + docxtest::Escape(tag) + "</w:t></w:r>" + after + "</w:p>";
+  };
+  const std::string mark = "<w:bookmarkStart w:id=\"7\" w:name=\"m\"/>";
+  Session d(P("H", "Heading1") + tagPara("<A/>", " w:rsidR=\"00AA11\"", bold, "") + tagPara("<B/>", "", bold, "") +
+            tagPara("<C/>", "", bold, "") + tagPara("<D/>", "", bold, "") + tagPara("<E/>", "", "<w:rPr/>", "") +
+            tagPara("<F/>", "", bold, mark + "<w:bookmarkEnd w:id=\"7\"/>") + tagPara("<G/>", "", bold, "") +
+            P("end"));
+  auto typeOver = [&](const char16_t* tag, const char16_t* text) {
+    ASSERT_TRUE(Execute(d.sel, tag, true));
+    d.sel->TypeText(text);
+  };
+  typeOver(u"<A/>", u"Mass: 1 kg");
+  typeOver(u"<B/>", u" lead and <G/>");
+  typeOver(u"<C/>", u"one\rtwo\r\nthree");
+  typeOver(u"<D/>", u"a\tb");
+  typeOver(u"<E/>", u"plain");
+  typeOver(u"<F/>", u"marked");
+  // From the top: the copy of <G/> typed into B's paragraph is data, the search passes it.
+  d.sel->SetRange(0, 0);
+  typeOver(u"<G/>", u"<Again/>");
+  EXPECT_TRUE(Execute(d.sel, u"<Again/>", true)) << "a tag typed whole can be found";
+
+  const std::string xml = ReadPart(d.Save(), "word/document.xml");
+  const std::string jc = "<w:pPr><w:jc w:val=\"center\"/></w:pPr>";
+  for (const std::string& want :
+       {jc + "<w:r>" + bold + "<w:t>Mass: 1 kg</w:t></w:r></w:p>",
+        jc + "<w:r>" + bold + "<w:t xml:space=\"preserve\"> lead and &lt;G/&gt;</w:t></w:r></w:p>",
+        jc + "<w:r>" + bold + "<w:t>one</w:t></w:r></w:p><w:p>" + jc + "<w:r>" + bold + "<w:t>two</w:t></w:r></w:p><w:p>" +
+            jc + "<w:r>" + bold + "<w:t>three</w:t></w:r></w:p>",
+        jc + "<w:r>" + bold + "<w:t>a</w:t><w:tab/><w:t>b</w:t></w:r></w:p>",
+        jc + "<w:r><w:t>plain</w:t></w:r></w:p>",
+        jc + mark + "<w:bookmarkEnd w:id=\"7\"/><w:r>" + bold + "<w:t>marked</w:t></w:r></w:p>",
+        jc + "<w:r>" + bold + "<w:t>&lt;Again/&gt;</w:t></w:r></w:p>"})
+    EXPECT_NE(xml.find(want), std::string::npos) << want << "\nin\n" << xml;
+  EXPECT_EQ(BodyText(d.saved), "H\nMass: 1 kg\n lead and <G/>\none\ntwo\nthree\na\tb\nplain\nmarked\n<Again/>\nend\n");
+}
