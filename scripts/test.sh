@@ -49,14 +49,16 @@ else
 fi
 
 # The tests whose code runs on more than one thread (the progress box and the runs that cancel
-# through it, the engine's save that writes the archive on a thread of its own), under
-# ThreadSanitizer.
+# through it, the engine's save that writes the archive on a thread of its own, the study
+# loader that looks at pictures on a few), under ThreadSanitizer.
 cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DZP_TSAN=ON -DZP_WERROR=ON -DZP_BENCH=OFF >/dev/null
-cmake --build build-tsan -j"$jobs" --target test_progress test_docx
-echo "== ThreadSanitizer: test_progress, the engine's saves"
+cmake --build build-tsan -j"$jobs" --target test_progress test_docx test_host
+echo "== ThreadSanitizer: test_progress, the engine's saves, the study loader's pictures"
 TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" build-tsan/test_progress --gtest_brief=1
 TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" build-tsan/test_docx --gtest_brief=1 \
   --gtest_filter='ZipWriter.*:PictureSave.*:SharedMarkup.*:Document*'
+TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" build-tsan/test_host --gtest_brief=1 \
+  --gtest_filter='StudyLoaderTest.ManyPictures*'
 
 # Fuzz targets: clang + libFuzzer, a short bounded run each.
 if command -v clang++ >/dev/null; then

@@ -213,6 +213,43 @@ TEST(StudyLoaderTest, ManyImagesAreCheckedForDuplicateNamesInOnePass) {
   }
 }
 
+TEST(StudyLoaderTest, ManyPicturesAreLookedAtTogetherAndTheFirstFaultInTheFileIsNamed) {
+  ScratchDir dir;
+  json j = SampleJson();
+  PutFile(dir.Path() / "not-a-picture.jpg", "text");
+  json image = j["images"][0];
+  j["images"] = json::array();
+  for (int i = 0; i < 2000; ++i) {
+    image["name"] = "Plot " + std::to_string(i);
+    j["images"].push_back(image);
+  }
+  auto refusal = [&](const json& study) {
+    try {
+      LoadFixtureStudy(WriteStudy(dir, study));
+    } catch (const StudyFileError& e) {
+      return e.Field() + ": " + e.Problem();
+    }
+    return std::string("accepted");
+  };
+  // Two bad pictures and a bad field after them (the report is read after the images).
+  j["images"][700]["picture"] = "not-a-picture.jpg";
+  j["images"][1500]["picture"] = "pictures/none.png";
+  j["report"]["exclude"] = {"meshes"};
+  EXPECT_NE(refusal(j).find("images[700].picture: picture file \"not-a-picture.jpg\" is not a JPEG"), std::string::npos)
+      << refusal(j);
+  j["images"][700]["picture"] = image["picture"];
+  EXPECT_NE(refusal(j).find("images[1500].picture: picture file \"pictures/none.png\" not found"), std::string::npos)
+      << refusal(j);
+  j["images"][1500]["picture"] = image["picture"];
+  EXPECT_NE(refusal(j).find("report.exclude[0]: unknown section"), std::string::npos) << refusal(j);
+  // A bad field before a bad picture is the file's first fault.
+  j["images"][1999]["picture"] = "not-a-picture.jpg";
+  j["materials"][1]["properties"] = "Yield strength";
+  EXPECT_NE(refusal(j).find("materials[1].properties: expected an array"), std::string::npos) << refusal(j);
+  j["materials"][1].erase("properties");
+  EXPECT_NE(refusal(j).find("images[1999].picture"), std::string::npos) << refusal(j);
+}
+
 TEST(StudyLoaderTest, ReadsTheSampleWithPicturesResolvedNextToTheFile) {
   ScratchDir dir;
   auto before = Listing(SampleFolder());
