@@ -284,17 +284,6 @@ Item* Story::HeadingAt(int k) const {
 
 int Story::HeadingCount() const { return SumH(m_treap); }
 
-void Story::Insert(Item* it, int rank) {
-  it->left = it->right = it->parent = nullptr;
-  m_seed = m_seed * 1664525u + 1013904223u;
-  it->prio = m_seed;
-  Upd(it);
-  Item *a, *b;
-  Split(m_treap, rank, a, b);
-  m_treap = Merge(Merge(a, it), b);
-  m_treap->parent = nullptr;
-}
-
 void Story::Erase(Item* it) {
   int rank = RankOf(it);
   Item *a, *b, *m, *c;
@@ -505,8 +494,13 @@ Item* Story::AddBlock(pugi::xml_node block, Item* after) {
   ++m_doc.edits;
   std::vector<std::pair<pugi::xml_node, Item::Kind>> nodes;
   Collect(block, nodes);
-  int rank = after ? RankOf(after) + 1 : 0;
-  Item* last = after;
+  if (nodes.empty()) return after;
+  // The block's items make a treap of their own first, which then goes into the sequence
+  // whole: one split and two merges for the block, not for each item. (The shape is the same
+  // as item by item: a treap's shape follows from the order and the priorities alone.)
+  std::vector<Item*> made;
+  made.reserve(nodes.size());
+  Item* run = nullptr;
   for (auto& [node, kind] : nodes) {
     auto owned = std::make_unique<Item>();
     Item* it = owned.get();
@@ -515,12 +509,21 @@ Item* Story::AddBlock(pugi::xml_node block, Item* after) {
     it->node = node;
     Fill(it, m_doc);
     m_items[node.internal_object()] = std::move(owned);
-    Insert(it, rank++);
-    IndexAdd(it);
-    if (kind == Item::RowEnd && !m_rowMarks.empty()) ShiftRowMark(it, +1);
-    last = it;
+    m_seed = m_seed * 1664525u + 1013904223u;
+    it->prio = m_seed;
+    Upd(it);
+    run = Merge(run, it);
+    made.push_back(it);
   }
-  return last;
+  Item *a, *b;
+  Split(m_treap, after ? RankOf(after) + 1 : 0, a, b);
+  m_treap = Merge(Merge(a, run), b);
+  m_treap->parent = nullptr;
+  for (Item* it : made) {
+    IndexAdd(it);
+    if (it->kind == Item::RowEnd && !m_rowMarks.empty()) ShiftRowMark(it, +1);
+  }
+  return made.back();
 }
 
 void Story::RemoveBlock(pugi::xml_node block) {

@@ -148,7 +148,6 @@ class Story {
   void NoteRow(pugi::xml_node tbl, pugi::xml_node tr, int number);
 
  private:
-  void Insert(Item* it, int rank);
   void Erase(Item* it);
   void IndexAdd(Item* it);
   void IndexRemove(Item* it);
