@@ -1232,7 +1232,12 @@ void SnapSelection(const DocPtr& doc) {
   if (ColumnSelectionHolds(d)) return;
   Story& s = *sel.story;
   // Extended leftwards, the anchor's cell counts even when the anchor is at its start.
-  auto a = LevelsAt(s, sel.start), b = LevelsAt(s, sel.startActive ? sel.end : sel.end - 1);
+  const int last = sel.startActive ? sel.end : sel.end - 1;
+  // Both ends in one paragraph (a word found, say): in the same cells, nothing to snap.
+  int offset = 0;
+  if (const Item* p = s.ItemAt(sel.start, &offset))
+    if (p->kind == Item::Paragraph && last >= sel.start && last - sel.start + offset <= p->TextLength()) return;
+  auto a = LevelsAt(s, sel.start), b = LevelsAt(s, last);
   auto contains = [](const std::vector<Level>& l, pugi::xml_node tbl) {
     for (auto& x : l)
       if (x.tbl == tbl) return true;
