@@ -34,16 +34,6 @@ std::vector<int> Occurrences(const std::u16string& text, const std::u16string& n
   return at;
 }
 
-// Fills every findable copy of `tag` (FindTag as the writers call it) and counts them.
-int FillAll(Session& s, const std::string& tag, const std::string& with) {
-  int filled = 0;
-  while (s.FindTag(tag, 1) && filled < 100) {
-    s.Type(with + std::to_string(filled));
-    ++filled;
-  }
-  return filled;
-}
-
 }  // namespace
 
 TEST(InertData, EveryTextMemberTypesDataThatFindSkipsInBothDirectionsWithAndWithoutWrap) {

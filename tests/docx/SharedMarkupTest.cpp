@@ -23,16 +23,6 @@ void RepeatRow(Session& s, const std::string& tag, int times) {
   for (int k = 0; k < times; ++k) s.sel->Paste();
 }
 
-// Fills every copy of `tag`, first to last, with `with` and a number; returns how many.
-int FillAll(Session& s, const std::string& tag, const std::string& with) {
-  int filled = 0;
-  while (s.FindTag(tag, 1) && filled < 100) {
-    s.Type(with + std::to_string(filled));
-    ++filled;
-  }
-  return filled;
-}
-
 }  // namespace
 
 TEST(SharedMarkup, RowsPastedOverAndOverAreEachTheirOwnAndNothingKeptIsSaved) {

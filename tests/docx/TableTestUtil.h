@@ -178,4 +178,15 @@ struct Session {
 
 inline std::string U8(const std::u16string& s) { return std::string(s.begin(), s.end()); }
 
+// Fills every findable copy of `tag` (FindTag as the writers call it, first to last) with `with`
+// and a number, and counts them (at most 100).
+inline int FillAll(Session& s, const std::string& tag, const std::string& with) {
+  int filled = 0;
+  while (s.FindTag(tag, 1) && filled < 100) {
+    s.Type(with + std::to_string(filled));
+    ++filled;
+  }
+  return filled;
+}
+
 }  // namespace tabletest
