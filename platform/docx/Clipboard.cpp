@@ -180,10 +180,7 @@ pugi::xml_node RowsSource(DocModel& d, const std::string& part) {
   if (clip.pastes < 0 || ++clip.pastes < 2) return table;
   const std::string tag = std::to_string(clip.generation);
   if (auto held = d.Pkg().Stash(part, "clipboard", tag)) return held.first_child();
-  struct ToString : pugi::xml_writer {
-    std::string out;
-    void write(const void* data, size_t size) override { out.append(static_cast<const char*>(data), size); }
-  } markup;
+  StringWriter markup;
   table.print(markup, "", pugi::format_raw, pugi::encoding_utf8);
   pugi::xml_node held = d.Pkg().PutStash(part, "clipboard", tag, markup.out);
   // Text that a parse would not give back as it is (a tab in an attribute's value, say)

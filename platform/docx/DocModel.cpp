@@ -34,15 +34,11 @@ void RunProps::ApplyTo(pugi::xml_node run) const {
 }
 
 namespace {
-struct StrWriter : pugi::xml_writer {
-  std::string s;
-  void write(const void* d, size_t n) override { s.append(static_cast<const char*>(d), n); }
-};
 std::string Ser(pugi::xml_node n) {
   if (!n || !n.first_child()) return {};
-  StrWriter w;
+  StringWriter w;
   n.print(w, "", pugi::format_raw);
-  return w.s;
+  return w.out;
 }
 }  // namespace
 

@@ -163,10 +163,6 @@ struct ZipHolder {
   }
 };
 
-struct XmlWriter : pugi::xml_writer {
-  std::string out;
-  void write(const void* data, size_t size) override { out.append(static_cast<const char*>(data), size); }
-};
 }  // namespace
 
 bool IsStash(pugi::xml_node n) {
@@ -389,7 +385,7 @@ std::string Package::Bytes(const std::string& part) const {
   auto it = m_parts.find(part);
   if (it == m_parts.end()) Fail(E_INVALIDARG, "no part " + part);
   if (!it->second.xml) return RawBytes(it->second);
-  XmlWriter w;
+  StringWriter w;
   w.out = kXmlDeclaration;
   SaveXml(*it->second.xml, w);
   return std::move(w.out);

@@ -17,6 +17,12 @@ using String = std::u16string;
 using ::ToUtf8;
 inline String FromUtf8(std::string_view s) { return Utf16FromUtf8(s); }
 
+// What pugixml writes, gathered in a string.
+struct StringWriter : pugi::xml_writer {
+  std::string out;
+  void write(const void* data, size_t size) override { out.append(static_cast<const char*>(data), size); }
+};
+
 // Characters XML 1.0 allows: tab, line feed, carriage return, U+0020..U+D7FF,
 // U+E000..U+FFFD, U+10000..U+10FFFF.
 constexpr bool IsXmlChar(char32_t c) {
